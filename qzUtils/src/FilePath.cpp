@@ -1,0 +1,66 @@
+#include "qzUtils/FilePath.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <sys/stat.h>
+
+namespace vorn {
+
+void NormalisePath(xstring& path) {
+    std::string text(path.begin(), path.end());
+    std::replace(text.begin(), text.end(), '\\', '/');
+    std::string normal = std::filesystem::path(text).lexically_normal().string();
+    if (normal.size() > 1 && normal.back() == '/')
+        normal.pop_back();
+    path.assign(normal.data(), normal.data() + normal.size());
+}
+
+void CalcRelativePath(SubString a, SubString b, xstring& result) {
+    const std::filesystem::path from(std::string(a.begin(), a.end()));
+    const std::filesystem::path to(std::string(b.begin(), b.end()));
+    std::string relative = to.lexically_relative(from).string();
+    if (relative.empty())
+        relative = to.string();
+    result.assign(relative.data(), relative.data() + relative.size());
+    NormalisePath(result);
+}
+
+namespace {
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// A guess that saves moving the bytes while they are read; the file may still turn out otherwise.
+ssize_t GuessFileSize(std::FILE* file) {
+    struct stat status {};
+    return ::fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
+}
+
+bool ReadToEnd(std::FILE* file, xstring& s) {
+    s.reserve(GuessFileSize(file));
+    char part[65536];
+    std::size_t n = 0;
+    while ((n = std::fread(part, 1, sizeof part, file)) > 0)
+        s.append(part, part + n);
+    return std::ferror(file) == 0;
+}
+
+}  // namespace
+
+bool ReadStringFromFile(xstring& s, const xstring& path, bool) {
+    if (path.find('\0') != xstring::npos)
+        return false;
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    xstring text;
+    if (file == nullptr || !ReadToEnd(file.get(), text))
+        return false;
+    s.swap(text);
+    return true;
+}
+
+}  // namespace vorn
