@@ -1,0 +1,212 @@
+#include "qzMacroExpander/LSVariable.h"
+
+#include <algorithm>
+
+#include "qzMacroExpander/LSToken.h"
+#include "qzUtils/StringStream.h"
+
+namespace vorn {
+
+bool s_started = false;
+int32 s_count = 0;
+
+void SetStarted() {
+    s_started = true;
+}
+
+// ---- variables ---------------------------------------------------------------------------------
+
+void LSMacroVariable::WriteNameAndFormalParameterList(xostream& os) const {
+    os << m_name;
+    for (ssize_t i = 0; i < m_argNames.size(); ++i)
+        os << (i == 0 ? '(' : ',') << m_argNames[i].m_name;
+    if (!m_argNames.empty())
+        os << ')';
+}
+
+void LSMacroVariable::WriteToStream(xostream& os) const {
+    WriteNameAndFormalParameterList(os);
+    os << " = " << GetSubstitutionString();
+}
+
+void LSMacroVariable::WriteValue(xostream& os) const {
+    os << GetSubstitutionString();
+}
+
+ssize_t LSMacroVariable::FindArgName(SubString name) const {
+    const auto it = std::find_if(m_argNames.begin(), m_argNames.end(),
+                                 [name](const LSFormalArg& arg) { return arg.m_name == name; });
+    return it == m_argNames.end() ? -1 : it - m_argNames.begin();
+}
+
+void LSValueVariable::WriteToStream(xostream& os) const {
+    os << m_name << " = " << m_value;
+}
+
+void LSValueVariable::WriteValue(xostream& os) const {
+    os << m_value;
+}
+
+// ---- lists -------------------------------------------------------------------------------------
+
+LSVariableList::~LSVariableList() {
+    while (m_first != nullptr) {
+        LSVariable* next = m_first->m_next;
+        delete m_first;
+        m_first = next;
+    }
+}
+
+void LSVariableList::Add(LSVariable* var) {
+    std::unique_ptr<LSVariable> owner(var);
+    m_map[var->m_name] = var;
+    var->m_next = m_first;
+    m_first = owner.release();
+}
+
+LSVariable* LSVariableList::FindInMap(SubString name) const {
+    const auto it = m_map.find(name);
+    return it == m_map.end() ? nullptr : it->second;
+}
+
+void LSVariableList::WriteToStream(xostream& os) const {
+    os << "{\n";
+    {
+        const Indenter indenter(os, 4);
+        for (const LSVariable* var = m_first; var != nullptr; var = var->m_next) {
+            var->WriteToStream(os);
+            os << '\n';
+        }
+    }
+    os << "}\n";
+}
+
+// ---- frames ------------------------------------------------------------------------------------
+
+namespace {
+
+[[noreturn]] void ThrowAmbiguous(SubString name, const xchar* pos) {
+    StringStream os(4096);
+    os << "Ambiguous macro name : " << name;
+    throw LexScannerException(os.GetString(), pos);
+}
+
+}  // namespace
+
+LSVariable* VarFrame::Find2(SubString name) {
+    for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent) {
+        if (LSVariable* var = frame->m_localVariables.Find(name))
+            return var;
+    }
+    return nullptr;
+}
+
+LSVariable* VarFrame::FindInImports(SubString name, const xchar* pos) {
+    LSVariable* found = nullptr;
+    for (VarFrame* frame : m_setOfFrames) {
+        LSVariable* var = frame->Find2(name);
+        if (found != nullptr && var != nullptr && var != found)
+            return FindInDirectImports(name, pos);
+        if (found == nullptr)
+            found = var;
+    }
+    return found;
+}
+
+LSVariable* VarFrame::FindInDirectImports(SubString name, const xchar* pos) {
+    LSVariable* found = nullptr;
+    for (VarFrame* frame : m_setOfDirectFrames) {
+        LSVariable* var = frame->FindLocal(name, pos);
+        if (found != nullptr && var != nullptr && var != found)
+            ThrowAmbiguous(name, pos);
+        if (found == nullptr)
+            found = var;
+    }
+    return found;
+}
+
+void VarFrame::ImportFrame(VarFrame* vf) {
+    if (m_setOfFrames.insert(vf).second)
+        m_setOfFrames.insert(vf->m_setOfFrames.begin(), vf->m_setOfFrames.end());
+    m_setOfDirectFrames.insert(vf);
+}
+
+void VarFrame::WriteToStream(xostream& os) const {
+    os << "{\n";
+    {
+        const Indenter indenter(os, 4);
+        os << "Local vars\n";
+        m_localVariables.WriteToStream(os);
+        os << "Parent frame\n";
+        if (m_parent != nullptr)
+            m_parent->WriteToStream(os);
+    }
+    os << "}\n";
+}
+
+// ---- dollar macros -----------------------------------------------------------------------------
+
+const xchar* ScanDollarMacro(SubString s, SubString& name) {
+    if (s.size() < 4 || s[0] != '$' || s[1] != '(')
+        return nullptr;
+    s += 2;
+    const xchar* start = s.m_p1;
+    if (!ScanIdentifier(s) || !s || *s != ')')
+        return nullptr;
+    name = SubString(start, s.m_p1);
+    return s.m_p1 + 1;
+}
+
+void FileScopeVarFrame::AddImport(FileScopeVarFrame* frame) {
+    ImportFrame(frame);
+    m_imports.push_back(frame);
+}
+
+const xstring* FileScopeVarFrame::FindDollarMacro(const xstring& name) const {
+    const auto it = m_dollarMacrosMap.find(name);
+    if (it != m_dollarMacrosMap.end())
+        return &it->second;
+    for (const FileScopeVarFrame* import : m_imports) {
+        if (const xstring* value = import->FindDollarMacro(name))
+            return value;
+    }
+    return nullptr;
+}
+
+bool FileScopeVarFrame::ApplyDollarMacros(xostream& os, SubString s) const {
+    bool changed = false;
+    while (s) {
+        SubString name;
+        const xchar* end = ScanDollarMacro(s, name);
+        const xstring* value = end == nullptr ? nullptr : FindDollarMacro(name.GetString());
+        if (value != nullptr) {
+            os << *value;
+            s.setbegin(end);
+            changed = true;
+        } else {
+            os << *s;
+            ++s;
+        }
+    }
+    return changed;
+}
+
+bool FileScopeVarFrame::ApplyDollarMacros(xstring& s) const {
+    bool changed = false;
+    StringStream os(4096);
+    while (ApplyDollarMacros(os, s)) {
+        os.GetString(s, true);
+        changed = true;
+    }
+    return changed;
+}
+
+void FileScopeVarFrame::InsertDollarMacro(const xstring& name, const xstring& value) {
+    m_dollarMacrosMap[name] = value;
+    xstring variableName("_");
+    variableName += name;
+    variableName += '_';
+    AddVariable(new LSVar(variableName, value));
+}
+
+}  // namespace vorn

@@ -1,0 +1,216 @@
+// The loop, the dispatch of directives, and the entry points.
+
+#include "MacroExpander.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "ScannerErrors.h"
+
+namespace vorn {
+
+MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubString str,
+                             ssize_t srcIndent, ssize_t dstIndent, ExpandedOutput& output,
+                             KeptText text)
+    : m_importHandler(importHandler),
+      m_vf(vf),
+      m_output(output),
+      m_srcIndent(srcIndent),
+      m_dstIndent(dstIndent),
+      m_origStr(str),
+      m_str(str),
+      m_startDirectivePos(nullptr),
+      m_endDirectivePos(nullptr),
+      m_writePos(str.m_p1),
+      m_text(std::move(text)) {}
+
+// ---- the loop ----------------------------------------------------------------------------------
+
+void MacroExpander::Expand() {
+    while (true) {
+        ScanLineLevel();
+        const xchar* whiteSpacePos = m_str.m_p1;
+        const LSToken token = LsScanToken(m_str, true);
+        if (token == TOKEN_END)
+            break;
+        m_startDirectivePos = token.m_str.m_p1;
+        m_endDirectivePos = token.m_str.m_p2;
+        ProcessToken(token, whiteSpacePos);
+        AdvanceWritePos(m_str.m_p1, true);
+    }
+    AdvanceWritePos(m_str.m_p1, true);
+}
+
+// Passes over blanks and, writing what is pending, over line ends with the source indentation
+// behind them. A carriage return is left to the token scanner.
+void MacroExpander::ScanLineLevel() {
+    while (m_str) {
+        if (*m_str == '\n') {
+            ++m_str;
+            AdvanceWritePos(m_str.m_p1, true);
+            ScanIndentation(m_str, m_srcIndent, 4);
+            AdvanceWritePos(m_str.m_p1, false);
+        } else if (*m_str == ' ' || *m_str == '\t') {
+            ++m_str;
+        } else {
+            return;
+        }
+    }
+}
+
+// Acts on a token. Whatever is pending afterwards is ordinary text, and Expand writes it.
+void MacroExpander::ProcessToken(const LSToken& token, const xchar* whiteSpacePos) {
+    switch (token.m_type) {
+    case TOKEN_IDENTIFIER:
+        if (LSVariable* var = FindVariable(token.m_str)) {
+            AdvanceWritePos(whiteSpacePos, true);
+            InvokeVariable(var);
+        }
+        return;
+    case TOKEN_DOUBLE_QUOTED_STRING:
+        return ProcessQuotedString(token, whiteSpacePos);
+    case TOKEN_PREPROC_COMMENT:
+        return ScanOverWhiteSpaceAfterDirective();
+    case TOKEN_AT:
+        return ProcessAt(whiteSpacePos);
+    default:
+        return;
+    }
+}
+
+void MacroExpander::ProcessQuotedString(const LSToken& token, const xchar* whiteSpacePos) {
+    const FileScopeVarFrame* frame = m_vf->m_fileScopeFrame;
+    if (frame == nullptr
+        || std::find(token.m_str.begin(), token.m_str.end(), '$') == token.m_str.end())
+        return;
+    xstring text = token.GetTokenString();
+    if (!frame->ApplyDollarMacros(text))
+        return;
+    AdvanceWritePos(whiteSpacePos, true);
+    WriteCalculatedSubString(text);
+    AdvanceWritePos(m_str.m_p1, false);
+}
+
+void MacroExpander::ScanOverWhiteSpaceAfterDirective() {
+    const xchar* lastLineFeedPos = nullptr;
+    SubString s = m_str;
+    for (; s && (*s == ' ' || *s == '\t' || *s == '\n'); ++s) {
+        if (*s == '\n')
+            lastLineFeedPos = s.m_p1;
+    }
+    m_str = s;
+    if (lastLineFeedPos != nullptr)
+        m_str.setbegin(lastLineFeedPos + 1);
+    ScanIndentation(m_str, m_srcIndent, 4);
+    AdvanceWritePos(m_str.m_p1, false);
+}
+
+// ---- directives --------------------------------------------------------------------------------
+
+namespace {
+
+struct Directive {
+    SubString name;
+    bool flushFirst;       // whether the blanks in front of the @ are written
+    ConstStringZ refusal;  // the error without an import handler; null where none is needed
+    void (*process)(MacroExpander& expander, const LSToken& name);
+};
+
+using E = MacroExpander;
+using T = const LSToken;
+
+// Tested in this order. Handlers without a flush drop the blanks in front of them themselves, so
+// that a statement alone on its line leaves nothing behind.
+// clang-format off
+constexpr Directive s_directives[] = {
+    {"def",          false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, false, false); }},
+    {"exportdef",    false, nullptr, [](E& e, T&) { e.ProcessDefDirective(true, false, false); }},
+    {"nakeddef",     false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, true, false); }},
+    {"defpython",    false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, false, true); }},
+    {"else",         false, nullptr, [](E&, T& name) {
+         ThrowScannerError(name, "@else with no matching @if directive"); }},
+};
+// clang-format on
+
+}  // namespace
+
+void MacroExpander::ProcessAt(const xchar* whiteSpacePos) {
+    const LSToken token = ReadToken();
+    switch (token.m_type) {
+    case TOKEN_IDENTIFIER:
+        return ProcessNamedDirective(token, whiteSpacePos);
+    case TOKEN_AT:
+        AdvanceWritePos(whiteSpacePos, true);
+        return AdvanceWritePos(m_str.m_p1, false);
+    default:
+        return;
+    }
+}
+
+void MacroExpander::ProcessNamedDirective(const LSToken& name, const xchar* whiteSpacePos) {
+    const auto directive =
+        std::find_if(std::begin(s_directives), std::end(s_directives),
+                     [&name](const Directive& d) { return d.name == name.m_str; });
+    if (directive == std::end(s_directives))
+        return ProcessHostVariable(name, whiteSpacePos);
+    if (directive->refusal != nullptr && m_importHandler == nullptr)
+        ThrowScannerError(name, directive->refusal);
+    if (directive->flushFirst)
+        AdvanceWritePos(whiteSpacePos, true);
+    directive->process(*this, name);
+}
+
+// A name that is no directive stands for a value that the host has put into a frame under the
+// name with its @, or else for nothing: then it is ordinary text.
+void MacroExpander::ProcessHostVariable(const LSToken& name, const xchar* whiteSpacePos) {
+    xstring key("@");
+    key += name.m_str;
+    const LSVariable* var = m_vf->Find2(key);
+    if (var == nullptr || var->GetType() == LSV_MACRO)
+        return;
+    AdvanceWritePos(whiteSpacePos, true);
+    WriteCalculatedSubString(static_cast<const LSValueVariable*>(var)->m_value);
+    AdvanceWritePos(m_str.m_p1, false);
+}
+
+// ---- nested texts and entry points -------------------------------------------------------------
+
+void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
+                    xstring& result) {
+    StringStream os(4096);
+    ExpandedOutput output(os);
+    MacroExpander(nullptr, vf, s, srcIndent, 0, output, text).Expand();
+    os.GetString(result, true);
+}
+
+void MacroExpander::ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, xstring& result) {
+    vorn::ExpandToString(vf, s, srcIndent, m_text, result);
+}
+
+bool ImportHandler::HandleImportPath(const xstring&, const xchar*) {
+    return false;
+}
+
+void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
+                 ssize_t dstIndent, ExpandedOutput& output) {
+    MacroExpander(importHandler, vf, str, srcIndent, dstIndent, output).Expand();
+}
+
+void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
+                 ssize_t dstIndent, xstring& result) {
+    StringStream os(4096);
+    ExpandedOutput output(os);
+    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output);
+    os.GetString(result, true);
+}
+
+void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
+                 ssize_t dstIndent, xstring& result, OutputPieces& pieces) {
+    StringStream os(4096);
+    ExpandedOutput output(os);
+    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output);
+    os.GetString(result, true);
+    output.GetPieces(pieces);
+}
+
+}  // namespace vorn

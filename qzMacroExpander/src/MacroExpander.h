@@ -1,0 +1,130 @@
+// The expansion of one text.
+//
+// A MacroExpander expands one text once, from start to end, and keeps nothing afterwards. Nesting
+// is recursion: a body, a branch, an argument is a further text with an expander and a frame of
+// its own. What it writes is final; output is never scanned again. Nested texts get no import
+// handler, so that only the outermost text of a call can import.
+#pragma once
+
+#include "qzMacroExpander/MacroExpand.h"
+
+namespace vorn {
+
+// The kind of literal that the @str family writes.
+enum EStrLiteralMode {
+    SLM_ASCII,  // "..."
+    SLM_WIDE,   // L"..."
+};
+
+// One actual argument of a macro call.
+struct BoundArgument {
+    SubString text;                  // as it stands in the caller's text
+    LSVariable* variable = nullptr;  // what the formal argument stands for; its frame owns it
+};
+
+class MacroExpander {
+public:
+    ImportHandler* m_importHandler;    // null refuses imports
+    VarFrame* m_vf;                    // where names are looked up and definitions land
+    ExpandedOutput& m_output;          // not owned
+    ssize_t m_srcIndent;               // columns taken off each line after the first
+    ssize_t m_dstIndent;               // blanks that each output line begun by the text gets
+    SubString m_origStr;               // the whole text
+    SubString m_str;                   // what is still to be scanned
+    const xchar* m_startDirectivePos;  // the token that Expand deals with; of a directive, the @
+    const xchar* m_endDirectivePos;
+    const xchar* m_writePos;  // everything in front has been written or dropped
+    KeptText m_text;          // keeps the text alive for its definitions; see KeptText
+
+    MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
+                  ssize_t dstIndent, ExpandedOutput& output, KeptText text = nullptr);
+
+    void Expand();
+
+    // ---- reading and writing -------------------------------------------------------------------
+
+    LSToken ReadToken() { return LsScanToken(m_str, false); }
+    void AddVariable(LSVariable* var) { m_vf->AddVariable(var); }
+    LSVariable* FindVariable(SubString name) { return m_vf->Find(name, m_str.m_p1); }
+
+    // The column at which the next output byte of the text will stand.
+    ssize_t GetOutputPos() const {
+        return m_output.m_columnPos >= 0 ? m_output.m_columnPos : m_dstIndent;
+    }
+
+    void WriteSubStringFromSourceFile(SubString s) {
+        m_output.WriteSubStringFromSourceFile(s, m_dstIndent);
+    }
+    // Without a source range, the text counts as yielded by the current token.
+    void WriteCalculatedSubString(SubString s) {
+        WriteCalculatedSubString(s, SubString(m_startDirectivePos, m_endDirectivePos));
+    }
+    void WriteCalculatedSubString(SubString s, SubString sSrcFile) {
+        m_output.WriteCalculatedSubString(s, sSrcFile, m_dstIndent);
+    }
+
+    // Writes, or drops, the text up to pos.
+    void AdvanceWritePos(const xchar* pos, bool generateOutput) {
+        if (generateOutput)
+            WriteSubStringFromSourceFile(SubString(m_writePos, pos));
+        m_writePos = pos;
+    }
+
+    // Drops the rest of the statement's line, if nothing more stands on it, with the blank lines
+    // behind it and the source indentation of the next line.
+    void ScanOverWhiteSpaceAfterDirective();
+
+    // ---- nested texts --------------------------------------------------------------------------
+
+    // Expands a part of this text in vf, to a string.
+    void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, xstring& result);
+
+    // ---- macros --------------------------------------------------------------------------------
+
+    void ProcessDefDirective(bool exported, bool naked, bool isPython);
+    void ReadMacroVariableDefn(SubString varName, LSMacroVariable* macroVar);
+    void ReadEqualsForVariableDefn(SubString varName);
+    // Whether a colon stands in front of the =.
+    bool ReadEqualsForVariableDefn2(SubString varName);
+
+    // Called behind the name of the variable, with the write position at its start.
+    void InvokeVariable(LSVariable* var);
+    void InvokeMacroFunction(LSMacroVariable* macroVar);
+
+private:
+    void ScanLineLevel();
+    void ProcessToken(const LSToken& token, const xchar* whiteSpacePos);
+    void ProcessQuotedString(const LSToken& token, const xchar* whiteSpacePos);
+    void ProcessAt(const xchar* whiteSpacePos);
+    void ProcessNamedDirective(const LSToken& name, const xchar* whiteSpacePos);
+    void ProcessHostVariable(const LSToken& name, const xchar* whiteSpacePos);
+
+    void AddMacro(std::unique_ptr<LSMacroVariable> macroVar, bool exported, bool toFileScope);
+    LSToken ReadFormalArgument(SubString varName, LSMacroVariable* macroVar, LSToken token);
+
+    void ReadArguments(const LSMacroVariable& macroVar, xvector<BoundArgument>& args);
+    LSVariable* BindArgument(const LSMacroVariable& macroVar, ssize_t i, SubString text,
+                             VarFrame* vf);
+    void EvaluateArgument(const LSMacroVariable& macroVar, const LSFormalArg& formal,
+                          SubString text, xstring& value);
+    void RunBody(const LSMacroVariable& macroVar, VarFrame* vf, const xvector<BoundArgument>& args);
+    void RunText(const LSMacroVariable& macroVar, SubString text, VarFrame* vf,
+                 const KeptText& keptText);
+    void RunPythonBody(const LSMacroVariable& macroVar, VarFrame* vf);
+};
+
+// The type that a keyword names, LSV_MACRO for any other text.
+ELSVariable CheckVariableType(SubString s);
+
+// Expands s in a temporary child frame of vf, parses the result as an expression of type varType,
+// and sets valueStr to the text of the value. keptText keeps s alive, null where it is the host's.
+void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable varType,
+                                          xstring& valueStr);
+void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable varType,
+                                          const KeptText& keptText, xstring& valueStr);
+
+// Expands a text to a string; text is what keeps it alive, null where it is the host's.
+void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
+                    xstring& result);
+
+}  // namespace vorn

@@ -1,0 +1,12 @@
+// Running Python for the macro language.
+#pragma once
+
+#include "qzUtils/SubString.h"
+
+namespace vorn {
+
+// Evaluates an expression and sets result to the text of its value. Errors are thrown as
+// LexScannerException at errorPos.
+void EvalPythonExpression(const xstring& pythonCode, xstring& result, ConstStringZ errorPos);
+
+}  // namespace vorn
