@@ -116,19 +116,43 @@ struct Directive {
     void (*process)(MacroExpander& expander, const LSToken& name);
 };
 
+constexpr ConstStringZ s_noImport = "@import statement not allowed here";
+constexpr ConstStringZ s_noImportPath = "@importpath statement not allowed here";
+
 using E = MacroExpander;
 using T = const LSToken;
 
 // Tested in this order. Handlers without a flush drop the blanks in front of them themselves, so
-// that a statement alone on its line leaves nothing behind.
+// that a statement alone on its line leaves nothing behind. A stray @elseif is an unknown name
+// like any other, and so ordinary text.
 // clang-format off
 constexpr Directive s_directives[] = {
+    {"import",       false, s_noImport,     [](E& e, T&) { e.ProcessImportDirective(); }},
+    {"importpath",   false, s_noImportPath, [](E& e, T&) { e.ProcessImportPathDirective(); }},
+    {"relativepath", false, nullptr,        [](E& e, T&) { e.ProcessRelativePathDirective(); }},
+    {"str",          true,  nullptr, [](E& e, T&) { e.ProcessStrDirective(false, SLM_ASCII); }},
+    {"strx",         true,  nullptr, [](E& e, T&) { e.ProcessStrDirective(true, SLM_ASCII); }},
+    {"strW",         true,  nullptr, [](E& e, T&) { e.ProcessStrDirective(false, SLM_WIDE); }},
+    {"strxW",        true,  nullptr, [](E& e, T&) { e.ProcessStrDirective(true, SLM_WIDE); }},
+    {"unstr",        true,  nullptr, [](E& e, T&) { e.ProcessUnstrDirective(); }},
+    {"scope",        true,  nullptr, [](E& e, T&) { e.ProcessScopeDirective(); }},
+    {"if",           true,  nullptr, [](E& e, T&) { e.ProcessIfDirective(); }},
+    {"else",         false, nullptr, [](E&, T& name) {
+         ThrowScannerError(name, "@else with no matching @if directive"); }},
+    {"while",        true,  nullptr, [](E& e, T&) { e.ProcessWhileDirective(); }},
+    {"for",          true,  nullptr, [](E& e, T&) { e.ProcessForDirective(); }},
+    {"print",        false, nullptr, [](E& e, T&) { e.ProcessPrintDirective(false); }},
+    {"println",      false, nullptr, [](E& e, T&) { e.ProcessPrintDirective(true); }},
+    {"assert",       false, nullptr, [](E& e, T&) { e.ProcessAssertDirective(); }},
+    {"assertfails",  false, nullptr, [](E& e, T&) { e.ProcessAssertFailsDirective(); }},
+    {"fail",         false, nullptr, [](E& e, T&) { e.ProcessFailDirective(); }},
     {"def",          false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, false, false); }},
     {"exportdef",    false, nullptr, [](E& e, T&) { e.ProcessDefDirective(true, false, false); }},
     {"nakeddef",     false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, true, false); }},
     {"defpython",    false, nullptr, [](E& e, T&) { e.ProcessDefDirective(false, false, true); }},
-    {"else",         false, nullptr, [](E&, T& name) {
-         ThrowScannerError(name, "@else with no matching @if directive"); }},
+    {"runpython",    false, nullptr, [](E& e, T&) { e.ProcessRunPythonDirective(); }},
+    {"let",          false, nullptr, [](E& e, T&) { e.ProcessLetDirective(); }},
+    {"quote",        true,  nullptr, [](E& e, T&) { e.ProcessQuoteDirective(); }},
 };
 // clang-format on
 
@@ -142,6 +166,17 @@ void MacroExpander::ProcessAt(const xchar* whiteSpacePos) {
     case TOKEN_AT:
         AdvanceWritePos(whiteSpacePos, true);
         return AdvanceWritePos(m_str.m_p1, false);
+    case TOKEN_LEFT_SQUARE:
+        AdvanceWritePos(whiteSpacePos, true);
+        return ProcessSqrBracketDirective();
+    case TOKEN_LEFT_PAREN:
+        AdvanceWritePos(whiteSpacePos, true);
+        return ProcessRndBracketDirective();
+    case TOKEN_DOLLAR:
+        if (m_importHandler == nullptr)
+            return;
+        AdvanceWritePos(whiteSpacePos, true);
+        return ProcessDollarDefDirective();
     default:
         return;
     }
@@ -183,8 +218,20 @@ void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText
     os.GetString(result, true);
 }
 
-void MacroExpander::ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, xstring& result) {
-    vorn::ExpandToString(vf, s, srcIndent, m_text, result);
+xstring MacroExpander::ExpandToString(SubString s, ssize_t srcIndent) {
+    VarFrame localFrame(m_vf);
+    xstring result;
+    vorn::ExpandToString(&localFrame, s, srcIndent, m_text, result);
+    return result;
+}
+
+void MacroExpander::ExpandInPlace(SubString s, ssize_t srcIndent, ssize_t dstIndent) {
+    VarFrame localFrame(m_vf);
+    ExpandInPlace(&localFrame, s, srcIndent, dstIndent);
+}
+
+void MacroExpander::ExpandInPlace(VarFrame* vf, SubString s, ssize_t srcIndent, ssize_t dstIndent) {
+    MacroExpander(nullptr, vf, s, srcIndent, dstIndent, m_output, m_text).Expand();
 }
 
 bool ImportHandler::HandleImportPath(const xstring&, const xchar*) {

@@ -6,6 +6,7 @@
 // handler, so that only the outermost text of a call can import.
 #pragma once
 
+#include "qzMacroExpander/ExpressionParser.h"
 #include "qzMacroExpander/MacroExpand.h"
 
 namespace vorn {
@@ -20,6 +21,13 @@ enum EStrLiteralMode {
 struct BoundArgument {
     SubString text;                  // as it stands in the caller's text
     LSVariable* variable = nullptr;  // what the formal argument stands for; its frame owns it
+};
+
+// What differs between the directives that expand a text and parse the result as an expression.
+struct ExpressionSite {
+    SubString directive;        // as context lines show it, in front of the bracket
+    ConstStringZ whenRead;      // stands in front of the token behind the expression
+    bool contextForExpansion;   // whether a fault of the expansion gets a context line
 };
 
 class MacroExpander {
@@ -76,8 +84,23 @@ public:
 
     // ---- nested texts --------------------------------------------------------------------------
 
-    // Expands a part of this text in vf, to a string.
-    void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, xstring& result);
+    // Expands a part of this text in a frame of its own, to a string or in place.
+    xstring ExpandToString(SubString s, ssize_t srcIndent = 0);
+    void ExpandInPlace(SubString s, ssize_t srcIndent, ssize_t dstIndent);
+    void ExpandInPlace(VarFrame* vf, SubString s, ssize_t srcIndent, ssize_t dstIndent);
+
+    // The two steps of "expand, then parse". The parser sees the expanded text alone, so that the
+    // second step moves every error to the directive: a position in expr means nothing later.
+    xstring ExpandExpression(const ExpressionSite& site, SubString s);
+    template <class Value>
+    [[gnu::noinline]] Value ParseExpanded(const ExpressionSite& site, const xstring& expr,
+                        Value (ExpressionParser::*parse)(bool), bool allowDataLoss);
+
+    // Moves an error found in a temporary text to the directive. The end of that text is, to the
+    // reader, the closing bracket.
+    template <class... Parts>
+    [[gnu::cold, gnu::noinline]] void MoveErrorToDirective(LexScannerException& e, ConstStringZ closingBracket,
+                              const Parts&... context);
 
     // ---- macros --------------------------------------------------------------------------------
 
@@ -90,6 +113,41 @@ public:
     // Called behind the name of the variable, with the write position at its start.
     void InvokeVariable(LSVariable* var);
     void InvokeMacroFunction(LSMacroVariable* macroVar);
+
+    // ---- conditionals, scopes, loops -----------------------------------------------------------
+
+    void ProcessIfDirective();
+    void ProcessScopeDirective();
+    void ProcessForDirective();
+    void ProcessWhileDirective();
+    bool ParseBoolExpressionInBrackets(SubString directive);
+
+    // ---- values --------------------------------------------------------------------------------
+
+    void ProcessLetDirective();
+    void ProcessSqrBracketDirective();
+    void ProcessRndBracketDirective();
+    // The string that s expands and evaluates to. directive is the name for context lines.
+    xstring EvaluateString(SubString s, SubString directive);
+    xstring ParseStringExpressionInBrackets(SubString directive, bool readInitialBracket);
+
+    // ---- strings and diagnostics ---------------------------------------------------------------
+
+    void ProcessStrDirective(bool divideIntoSeparateStringsForEachLine, EStrLiteralMode mode);
+    void ProcessUnstrDirective();
+    void ProcessQuoteDirective();
+    void ProcessPrintDirective(bool writeLineFeed);
+    void ProcessAssertDirective();
+    void ProcessAssertFailsDirective();
+    void ProcessFailDirective();
+
+    // ---- files and Python ----------------------------------------------------------------------
+
+    void ProcessImportDirective();
+    void ProcessImportPathDirective();
+    void ProcessRelativePathDirective();
+    void ProcessDollarDefDirective();
+    void ProcessRunPythonDirective();
 
 private:
     void ScanLineLevel();
@@ -111,7 +169,24 @@ private:
     void RunText(const LSMacroVariable& macroVar, SubString text, VarFrame* vf,
                  const KeptText& keptText);
     void RunPythonBody(const LSMacroVariable& macroVar, VarFrame* vf);
+
+    struct ForLoop;
+    void ReadForHead(ForLoop& loop);
+    void ReadForTuple(ForLoop& loop);
+    LSToken ScanListElement(const ForLoop& loop, SubString& s, SubString& element,
+                            EToken rightBracket);
+    void RunForTurn(const ForLoop& loop, SubString s);
+    void BindLoopVariable(const ForLoop& loop, VarFrame& vfLocal, SubString name, SubString item);
+    void BindTuple(const ForLoop& loop, VarFrame& vfLocal, SubString& s);
+    SubString ScanLoopBody(ConstStringZ directive, ssize_t& bodyIndent);
+
+    void DeclareVariable(ELSVariable varType);
+    void AssignVariable(const LSToken& token);
+    void EvaluateAssignment(SubString expression, ELSVariable varType, xstring& value);
+    void WriteLiterals(const xstring& text, bool divide, EStrLiteralMode mode);
 };
+
+// ---- free functions ----------------------------------------------------------------------------
 
 // The type that a keyword names, LSV_MACRO for any other text.
 ELSVariable CheckVariableType(SubString s);
@@ -126,5 +201,14 @@ void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable
 // Expands a text to a string; text is what keeps it alive, null where it is the host's.
 void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
                     xstring& result);
+
+
+// Whether @elseif, or @else, comes next; s is then behind the word. Otherwise s has moved too.
+bool ScanElseIfBlock(SubString& s);
+bool ScanElseBlock(SubString& s);
+
+// The opening and the closing of a literal.
+void WritePrefix(xostream& os, EStrLiteralMode mode);
+void WriteSuffix(xostream& os, EStrLiteralMode mode);
 
 }  // namespace vorn

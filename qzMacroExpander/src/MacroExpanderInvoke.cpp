@@ -172,7 +172,7 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar) {
     AdvanceWritePos(m_str.m_p1, false);
 
     xstring argListStr;
-    ExpandToString(m_vf, argList, 0, argListStr);
+    vorn::ExpandToString(m_vf, argList, 0, m_text, argListStr);
     const auto call = std::make_shared<xstring>(macroVar->GetSubstitutionString());
     *call += '(';
     *call += argListStr;
