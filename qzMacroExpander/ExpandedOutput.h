@@ -76,7 +76,16 @@ public:
     void GetPieces(OutputPieces& pieces) { m_pieces.swap(pieces); }
 
     // Copies source text. Each line that it begins, an empty one too, gets indent blanks.
-    void WriteSubStringFromSourceFile(SubString s, ssize_t indent);
+    void WriteSubStringFromSourceFile(SubString s, ssize_t indent) {
+        DeferSubStringFromSourceFile(s, indent);
+        WriteDeferred();
+    }
+
+    // The same, but the stream may get the text only with WriteDeferred, so that runs which
+    // follow each other in the source reach it as one. The caller sees to it that nobody looks at
+    // the stream before.
+    void DeferSubStringFromSourceFile(SubString s, ssize_t indent);
+    void WriteDeferred();
 
     // Writes text that the source range sSrcFile has yielded, as one piece. Each line that it
     // begins gets indent blanks, which belong to the piece. An empty s writes nothing.
@@ -85,6 +94,8 @@ public:
 private:
     void CopyRun(const char* p1, const char* p2);
     void WriteBlanks(ssize_t n);
+
+    SubString m_deferred;  // recorded in the pieces, not yet in the stream
 };
 
 }  // namespace vorn

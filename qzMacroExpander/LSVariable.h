@@ -14,6 +14,8 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <string_view>
+#include <unordered_map>
 
 #include "qzUtils/StringExt.h"
 #include "qzUtils/SubString.h"
@@ -152,6 +154,8 @@ extern int32 s_count;
 void SetStarted();
 
 // The variables of one frame.
+//
+// A list of a few variables is searched from the newest on; a longer one has an index.
 class LSVariableList {
 public:
     LSVariable* m_first = nullptr;           // newest first, through m_next; this list owns
@@ -169,13 +173,23 @@ public:
     LSVariable* Find(SubString name) {
         if (s_started)
             ++s_count;
-        return m_first == nullptr ? nullptr : FindInMap(name);
+        if (m_index != nullptr)
+            return FindInIndex(name);
+        LSVariable* var = m_first;
+        while (var != nullptr && var->m_name != name)
+            var = var->m_next;
+        return var;
     }
 
     void WriteToStream(xostream& os) const;
 
 private:
-    LSVariable* FindInMap(SubString name) const;
+    using Index = std::unordered_map<std::string_view, LSVariable*>;
+
+    LSVariable* FindInIndex(SubString name) const;
+    void AddToIndex(LSVariable* var);
+
+    std::unique_ptr<Index> m_index;  // the same as m_map, once there are many
 };
 
 // One scope: a file, a call of a macro, a branch, a turn of a loop.

@@ -33,20 +33,32 @@ const xchar* AddressInPiece(const OutputPiece& piece, ssize_t pos) {
 void ExpandedOutput::CopyRun(const char* p1, const char* p2) {
     if (p1 == p2)
         return;
-    m_os->put(p1, p2 - p1);
+    if (p1 != m_deferred.m_p2) {
+        WriteDeferred();
+        m_deferred.setbegin(p1);
+    }
+    m_deferred.setend(p2);
     m_size += p2 - p1;
     m_pieces.push_back(OutputPiece{SubString(p1, p2), 0});
+}
+
+void ExpandedOutput::WriteDeferred() {
+    const SubString run = m_deferred;
+    m_deferred = SubString();
+    if (run)
+        m_os->put(run.m_p1, run.size());
 }
 
 void ExpandedOutput::WriteBlanks(ssize_t n) {
     static constexpr char s_blanks[] = "                                                ";
     constexpr ssize_t s_most = sizeof s_blanks - 1;
+    WriteDeferred();
     for (ssize_t left = n; left > 0; left -= s_most)
         m_os->put(s_blanks, left < s_most ? left : s_most);
     m_size += n;
 }
 
-void ExpandedOutput::WriteSubStringFromSourceFile(SubString s, ssize_t indent) {
+void ExpandedOutput::DeferSubStringFromSourceFile(SubString s, ssize_t indent) {
     const char* start = s.m_p1;  // the first byte that no piece covers yet
     const char* p = s.m_p1;
     while (p != s.m_p2) {
@@ -68,6 +80,7 @@ void ExpandedOutput::WriteCalculatedSubString(SubString s, SubString sSrcFile, s
     if (s.empty())
         return;
     const ssize_t sizeBefore = m_size;
+    WriteDeferred();
     while (s) {
         if (m_columnPos < 0) {
             if (indent > 0)

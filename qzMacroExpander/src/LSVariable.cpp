@@ -57,16 +57,41 @@ LSVariableList::~LSVariableList() {
     }
 }
 
+namespace {
+
+// From how many names on a list has an index. Calls of macros have fewer arguments than this, and
+// their frames are searched faster by walking the list.
+constexpr std::size_t s_namesWithoutIndex = 8;
+
+std::string_view Key(SubString name) {
+    return {name.m_p1, static_cast<std::size_t>(name.size())};
+}
+
+}  // namespace
+
 void LSVariableList::Add(LSVariable* var) {
     std::unique_ptr<LSVariable> owner(var);
+    AddToIndex(var);
     m_map[var->m_name] = var;
     var->m_next = m_first;
     m_first = owner.release();
 }
 
-LSVariable* LSVariableList::FindInMap(SubString name) const {
-    const auto it = m_map.find(name);
-    return it == m_map.end() ? nullptr : it->second;
+void LSVariableList::AddToIndex(LSVariable* var) {
+    if (m_index == nullptr) {
+        if (m_map.size() < s_namesWithoutIndex)
+            return;
+        auto index = std::make_unique<Index>();
+        for (const auto& [name, variable] : m_map)
+            index->emplace(Key(name), variable);
+        m_index = std::move(index);
+    }
+    (*m_index)[Key(var->m_name)] = var;
+}
+
+LSVariable* LSVariableList::FindInIndex(SubString name) const {
+    const auto it = m_index->find(Key(name));
+    return it == m_index->end() ? nullptr : it->second;
 }
 
 void LSVariableList::WriteToStream(xostream& os) const {

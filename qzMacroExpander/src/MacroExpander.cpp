@@ -26,7 +26,19 @@ MacroExpander::MacroExpander(ImportHandler* importHandler, VarFrame* vf, SubStri
 
 // ---- the loop ----------------------------------------------------------------------------------
 
+// Ordinary text reaches the stream in long runs. Nobody sees that it comes late: it is there
+// before any other code runs, and when Expand is left.
 void MacroExpander::Expand() {
+    try {
+        ExpandTokens();
+    } catch (...) {
+        m_output.WriteDeferred();
+        throw;
+    }
+    m_output.WriteDeferred();
+}
+
+void MacroExpander::ExpandTokens() {
     while (true) {
         ScanLineLevel();
         const xchar* whiteSpacePos = m_str.m_p1;
@@ -36,29 +48,28 @@ void MacroExpander::Expand() {
         m_startDirectivePos = token.m_str.m_p1;
         m_endDirectivePos = token.m_str.m_p2;
         ProcessToken(token, whiteSpacePos);
-        AdvanceWritePos(m_str.m_p1, true);
+        DeferUpTo(m_str.m_p1);
     }
-    AdvanceWritePos(m_str.m_p1, true);
+    DeferUpTo(m_str.m_p1);
 }
 
 // Passes over blanks and, writing what is pending, over line ends with the source indentation
 // behind them. A carriage return is left to the token scanner.
 void MacroExpander::ScanLineLevel() {
-    while (m_str) {
-        if (*m_str == '\n') {
-            ++m_str;
-            AdvanceWritePos(m_str.m_p1, true);
-            ScanIndentation(m_str, m_srcIndent, 4);
-            AdvanceWritePos(m_str.m_p1, false);
-        } else if (*m_str == ' ' || *m_str == '\t') {
-            ++m_str;
-        } else {
-            return;
+    SubString s = m_str;
+    while (s && (*s == ' ' || *s == '\t' || *s == '\n')) {
+        const bool lineEnd = *s == '\n';
+        ++s;
+        if (lineEnd) {
+            DeferUpTo(s.m_p1);
+            ScanIndentation(s, m_srcIndent, 4);
+            m_writePos = s.m_p1;
         }
     }
+    m_str = s;
 }
 
-// Acts on a token. Whatever is pending afterwards is ordinary text, and Expand writes it.
+// Acts on a token. Whatever is pending afterwards is ordinary text, and the loop writes it.
 void MacroExpander::ProcessToken(const LSToken& token, const xchar* whiteSpacePos) {
     switch (token.m_type) {
     case TOKEN_IDENTIFIER:
@@ -72,6 +83,7 @@ void MacroExpander::ProcessToken(const LSToken& token, const xchar* whiteSpacePo
     case TOKEN_PREPROC_COMMENT:
         return ScanOverWhiteSpaceAfterDirective();
     case TOKEN_AT:
+        m_output.WriteDeferred();
         return ProcessAt(whiteSpacePos);
     default:
         return;
@@ -210,12 +222,36 @@ void MacroExpander::ProcessHostVariable(const LSToken& name, const xchar* whiteS
 
 // ---- nested texts and entry points -------------------------------------------------------------
 
+namespace {
+
+// Output that is wanted as a string. Room is made for what a text of mostly ordinary code gives:
+// as many bytes as it has itself, and a piece for every eight of them. What stays unused of a
+// large block costs no memory, and growing one is most of what the pieces cost.
+class StringOutput final : public IOutputStream {
+public:
+    explicit StringOutput(SubString str) {
+        m_text.reserve(str.size());
+        m_output.m_pieces.m_pieces.reserve(1 + str.size() / 8);
+    }
+
+    void WriteStream(const void* p, ssize_t n) override {
+        const auto* bytes = static_cast<const char*>(p);
+        m_text.append(bytes, bytes + n);
+    }
+    void FlushStream() override {}
+
+    xstring m_text;
+    xostream m_os{*this};
+    ExpandedOutput m_output{m_os};
+};
+
+}  // namespace
+
 void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
                     xstring& result) {
-    StringStream os(4096);
-    ExpandedOutput output(os);
-    MacroExpander(nullptr, vf, s, srcIndent, 0, output, text).Expand();
-    os.GetString(result, true);
+    StringOutput output(s);
+    MacroExpander(nullptr, vf, s, srcIndent, 0, output.m_output, text).Expand();
+    result = std::move(output.m_text);
 }
 
 xstring MacroExpander::ExpandToString(SubString s, ssize_t srcIndent) {
@@ -245,19 +281,17 @@ void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssiz
 
 void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
                  ssize_t dstIndent, xstring& result) {
-    StringStream os(4096);
-    ExpandedOutput output(os);
-    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output);
-    os.GetString(result, true);
+    StringOutput output(str);
+    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output.m_output);
+    result = std::move(output.m_text);
 }
 
 void MacroExpand(ImportHandler* importHandler, VarFrame* vf, SubString str, ssize_t srcIndent,
                  ssize_t dstIndent, xstring& result, OutputPieces& pieces) {
-    StringStream os(4096);
-    ExpandedOutput output(os);
-    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output);
-    os.GetString(result, true);
-    output.GetPieces(pieces);
+    StringOutput output(str);
+    MacroExpand(importHandler, vf, str, srcIndent, dstIndent, output.m_output);
+    result = std::move(output.m_text);
+    output.m_output.GetPieces(pieces);
 }
 
 }  // namespace vorn

@@ -25,9 +25,9 @@ struct BoundArgument {
 
 // What differs between the directives that expand a text and parse the result as an expression.
 struct ExpressionSite {
-    SubString directive;        // as context lines show it, in front of the bracket
-    ConstStringZ whenRead;      // stands in front of the token behind the expression
-    bool contextForExpansion;   // whether a fault of the expansion gets a context line
+    SubString directive;       // as context lines show it, in front of the bracket
+    ConstStringZ whenRead;     // stands in front of the token behind the expression
+    bool contextForExpansion;  // whether a fault of the expansion gets a context line
 };
 
 class MacroExpander {
@@ -78,6 +78,12 @@ public:
         m_writePos = pos;
     }
 
+    // Writes the text up to pos, for the loop alone: the stream may get it later.
+    void DeferUpTo(const xchar* pos) {
+        m_output.DeferSubStringFromSourceFile(SubString(m_writePos, pos), m_dstIndent);
+        m_writePos = pos;
+    }
+
     // Drops the rest of the statement's line, if nothing more stands on it, with the blank lines
     // behind it and the source indentation of the next line.
     void ScanOverWhiteSpaceAfterDirective();
@@ -94,13 +100,15 @@ public:
     xstring ExpandExpression(const ExpressionSite& site, SubString s);
     template <class Value>
     [[gnu::noinline]] Value ParseExpanded(const ExpressionSite& site, const xstring& expr,
-                        Value (ExpressionParser::*parse)(bool), bool allowDataLoss);
+                                          Value (ExpressionParser::*parse)(bool),
+                                          bool allowDataLoss);
 
     // Moves an error found in a temporary text to the directive. The end of that text is, to the
     // reader, the closing bracket.
     template <class... Parts>
-    [[gnu::cold, gnu::noinline]] void MoveErrorToDirective(LexScannerException& e, ConstStringZ closingBracket,
-                              const Parts&... context);
+    [[gnu::cold, gnu::noinline]] void MoveErrorToDirective(LexScannerException& e,
+                                                           ConstStringZ closingBracket,
+                                                           const Parts&... context);
 
     // ---- macros --------------------------------------------------------------------------------
 
@@ -150,6 +158,7 @@ public:
     void ProcessRunPythonDirective();
 
 private:
+    void ExpandTokens();
     void ScanLineLevel();
     void ProcessToken(const LSToken& token, const xchar* whiteSpacePos);
     void ProcessQuotedString(const LSToken& token, const xchar* whiteSpacePos);
@@ -201,7 +210,6 @@ void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable
 // Expands a text to a string; text is what keeps it alive, null where it is the host's.
 void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
                     xstring& result);
-
 
 // Whether @elseif, or @else, comes next; s is then behind the word. Otherwise s has moved too.
 bool ScanElseIfBlock(SubString& s);
