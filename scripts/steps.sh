@@ -22,11 +22,6 @@ step() {
     fail "the step '$name' failed; its output stands above and in $log"
 }
 
-# The closing lines of the log of a step that went well.
-summary_of() {
-    tail -n "$2" "build/logs/$1.log"
-}
-
 fail() {
     printf '%s: %s\n' "${0##*/}" "$1" >&2
     exit 1
@@ -39,4 +34,13 @@ as_root() {
     else
         sudo "$@"
     fi
+}
+
+# run_tests PRESET: builds everything under a preset and runs all tests; the last lines are
+# ctest's own.
+run_tests() {
+    step "configure $1" cmake --preset "$1"
+    step "build $1" cmake --build --preset "$1"
+    step "test $1" ctest --preset "$1" --no-tests=error -j "$jobs"
+    sed -n '/ tests passed, /,$p' "build/logs/test-$1.log"
 }
