@@ -1,8 +1,7 @@
 # The README's first two blocks are the example and its expansion: example_test.sh QZEXPAND.
 set -euo pipefail
+. "$(dirname "$0")/../scripts/expect.sh"
 
-qzexpand=$1
-root=$(cd "$(dirname "$0")/../.." && pwd)
 example=$root/examples/hello/hello.txt.qz
 
 # The text of the Nth fenced block of the README.
@@ -12,5 +11,6 @@ block() {
     fences == 2 * wanted - 1' "$root/README.md"
 }
 
-diff -u --label README.md --label examples/hello/hello.txt.qz <(block 1) "$example"
-diff -u --label README.md --label "qzexpand's output" <(block 2) <("$qzexpand" "$example")
+expect_equal "the README's input" "$(cat "$example")" "$(block 1)"
+expect_equal "the README's output" "$("$1" "$example")" "$(block 2)"
+finish
