@@ -6,7 +6,9 @@
 #pragma once
 
 #include <cstring>
+#include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "qzUtils/xchar.h"
@@ -47,13 +49,17 @@ public:
             Reallocate(n);
     }
 
-    // Adds n uninitialised bytes at the end. Where they do not fit, the capacity becomes the old
-    // capacity plus the new size, so that the cost of a byte stays constant.
+    // Makes room for n more bytes. Where they do not fit, the capacity becomes the old capacity
+    // plus the new size, so that the cost of a byte stays constant. REQUIRES: n >= 0.
+    void makeroom(ssize_t n) {
+        if (n > m_capacity - size_)
+            Grow(n);
+    }
+
+    // Adds n uninitialised bytes at the end, with room as makeroom makes it. REQUIRES: n >= 0.
     void growbytes(ssize_t n) {
-        const ssize_t newSize = size_ + n;
-        if (newSize > m_capacity)
-            reserve(m_capacity + newSize);
-        size_ = newSize;
+        makeroom(n);
+        size_ += n;
     }
 
     // Opens a gap of n uninitialised bytes in front of offset pos. REQUIRES: 0 <= pos <= size().
@@ -64,19 +70,21 @@ public:
             std::memmove(m_buffer + pos + n, m_buffer + pos, static_cast<std::size_t>(tail));
     }
 
-    // Appends an object, constructed in place; x may lie in this block. The block never destroys
-    // what was constructed in it: that is for the vector that knows the type.
+    // Appends an object, which may lie in this block: its bytes where they are all there is to
+    // it, or else a copy constructed in place. The block never destroys what was constructed in
+    // it: that is for the vector that knows the type. REQUIRES: where the object is constructed,
+    // the size is a multiple of its alignment.
     template <class T>
     void push_back(const T& x) {
         const ssize_t n = static_cast<ssize_t>(sizeof(T));
-        if (size_ + n > m_capacity) {
+        if (n > m_capacity - size_) {
             T copy(x);
-            growbytes(n);
-            ::new (static_cast<void*>(end() - n)) T(std::move(copy));
+            Grow(n);
+            PutAtEnd(std::move(copy));
         } else {
-            ::new (static_cast<void*>(end())) T(x);
-            size_ += n;
+            PutAtEnd(x);
         }
+        size_ += n;
     }
 
     void swap(VectorOfByte& other) {
@@ -86,6 +94,16 @@ public:
     }
 
 private:
+    template <class T>
+    void PutAtEnd(T&& x) {
+        using Object = std::remove_cv_t<std::remove_reference_t<T>>;
+        if constexpr (std::is_trivially_copyable_v<Object>)
+            std::memcpy(end(), std::addressof(x), sizeof(Object));
+        else
+            ::new (static_cast<void*>(end())) Object(std::forward<T>(x));
+    }
+
+    void Grow(ssize_t n);
     void Reallocate(ssize_t capacity) const;
     void Free();
 };

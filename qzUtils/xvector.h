@@ -7,7 +7,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
+#include <limits>
+#include <memory>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -39,11 +42,13 @@ public:
     VectorOfByte m_buffer;  // its size is counted in bytes
 
     xvector() = default;
-    xvector(const xvector& other) { push_back(other.begin(), other.end()); }
+    xvector(const xvector& other) : xvector(other.begin(), other.end()) {}
     xvector(xvector&& other) noexcept { swap(other); }
-    xvector(const T* first, const T* last) { push_back(first, last); }
+    // Delegates, so that what was copied is destroyed where a later element cannot be.
+    xvector(const T* first, const T* last) : xvector() { push_back(first, last); }
     ~xvector() {
         static_assert(IsRelocatable<T>::value, "the vector moves its elements by their bytes");
+        static_assert(alignof(T) <= alignof(std::max_align_t), "malloc aligns no further");
         DestroyFrom(0);
     }
 
@@ -61,7 +66,11 @@ public:
     void swap(xvector& other) noexcept { m_buffer.swap(other.m_buffer); }
 
     // Room for n elements in all.
-    void reserve(ssize_t n) { m_buffer.reserve(n * s_elementSize); }
+    void reserve(ssize_t n) {
+        if (n > std::numeric_limits<ssize_t>::max() / s_elementSize)
+            throw std::bad_alloc();
+        m_buffer.reserve(n * s_elementSize);
+    }
 
     ssize_t size() const { return m_buffer.size() / s_elementSize; }
     bool empty() const { return m_buffer.size() == 0; }
@@ -82,7 +91,7 @@ public:
     // x may be an element of this vector.
     void push_back(const T& x) { m_buffer.push_back(x); }
 
-    // Appends the elements of [first, last), which may lie in this vector.
+    // Appends the elements between two pointers, which may point into this vector.
     template <class It>
     void push_back(It first, It last) {
         const T* from = first;
@@ -91,15 +100,18 @@ public:
             return;
         const bool own = Holds(from);
         const ssize_t offset = own ? from - data() : 0;
+        const ssize_t bytes = count * s_elementSize;
         if constexpr (std::is_trivially_copyable_v<T>) {
             const ssize_t oldSize = m_buffer.size();
-            m_buffer.insertbytes(oldSize, count * s_elementSize);
-            std::memcpy(static_cast<void*>(m_buffer.data() + oldSize),
-                        static_cast<const void*>(own ? data() + offset : from),
-                        static_cast<std::size_t>(count * s_elementSize));
+            m_buffer.insertbytes(oldSize, bytes);
+            std::memcpy(m_buffer.data() + oldSize, own ? data() + offset : from,
+                        static_cast<std::size_t>(bytes));
         } else {
+            m_buffer.makeroom(bytes);
+            if (own)
+                from = data() + offset;
             for (ssize_t i = 0; i < count; ++i)
-                push_back(own ? data()[offset + i] : from[i]);
+                push_back(from[i]);
         }
     }
 
@@ -113,6 +125,8 @@ public:
             push_back(first, last);
         }
     }
+
+    void assign(const xvector& other) { *this = other; }
 
     void append(const T* first, const T* last) { push_back(first, last); }
     void append(const xvector& other) { push_back(other.begin(), other.end()); }

@@ -1,11 +1,18 @@
 #include "qzUtils/VectorOfByte.h"
 
 #include <cstdlib>
+#include <limits>
 
 namespace vorn {
 
 void VectorOfByte::Free() {
     std::free(m_buffer);
+}
+
+void VectorOfByte::Grow(ssize_t n) {
+    if (n > std::numeric_limits<ssize_t>::max() - m_capacity - size_)
+        throw std::bad_alloc();
+    reserve(m_capacity + (size_ + n));
 }
 
 void VectorOfByte::Reallocate(ssize_t capacity) const {
