@@ -21,7 +21,8 @@ private:
 
 class StringStream : public xostream {
 public:
-    explicit StringStream(ssize_t pageSize) : xostream(m_outs), m_pb(pageSize), m_outs(m_pb) {}
+    // The memory comes in pages of pageSize bytes. REQUIRES: pageSize > 0.
+    explicit StringStream(ssize_t pageSize) : m_pb(pageSize), m_outs(m_pb) { Init(m_outs); }
 
     // Replaces s by the text. With clearStream true the stream is empty afterwards, so that what
     // is written next stands alone.
@@ -38,7 +39,11 @@ public:
         return s;
     }
 
-    void clear() { m_pb.Clear(); }
+    // Empties the stream: what is written next is the start of a text, and so of a line.
+    void clear() {
+        m_pb.Clear();
+        BeginLine();
+    }
 
     PagedBuffer m_pb;
     PagedBufferOutputStream m_outs;

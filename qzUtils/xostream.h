@@ -33,7 +33,16 @@ public:
     void Indent(ssize_t delta);
     ssize_t GetIndent() const;
 
-    IndentingOutputStreamToOStream* m_os;  // the implementation; owned
+    IndentingOutputStreamToOStream* m_os = nullptr;  // the implementation; owned
+
+protected:
+    // For a stream that holds its own sink, which does not exist yet when the base is built.
+    // REQUIRES: Init is called before anything else.
+    xostream() = default;
+    void Init(IOutputStream& sink);
+
+    // What is written next begins a line.
+    void BeginLine();
 };
 
 inline xostream& operator<<(xostream& os, char c) {

@@ -21,6 +21,8 @@ public:
 
     void Flush() { m_sink.FlushStream(); }
 
+    void BeginLine() { m_atLineStart = true; }
+
     ssize_t m_indent = 0;
 
 private:
@@ -47,10 +49,20 @@ private:
     bool m_atLineStart = true;
 };
 
-xostream::xostream(IOutputStream& sink) : m_os(new IndentingOutputStreamToOStream(sink)) {}
+xostream::xostream(IOutputStream& sink) {
+    Init(sink);
+}
+
+void xostream::Init(IOutputStream& sink) {
+    m_os = new IndentingOutputStreamToOStream(sink);
+}
 
 xostream::~xostream() {
     delete m_os;
+}
+
+void xostream::BeginLine() {
+    m_os->BeginLine();
 }
 
 void xostream::put(char c) {
