@@ -1,13 +1,12 @@
 #include "qzUtils/PagedBuffer.h"
 
-#include <cstdlib>
-#include <new>
+#include <memory>
 
 namespace vorn {
 
 PagedBuffer::~PagedBuffer() {
-    for (char* page : m_pages)
-        std::free(page);
+    for (const char* page : m_pages)
+        delete[] page;
 }
 
 void PagedBuffer::AppendAcrossPages(const char* p, ssize_t n) {
@@ -24,12 +23,9 @@ void PagedBuffer::AppendAcrossPages(const char* p, ssize_t n) {
 }
 
 void PagedBuffer::AddPage() {
-    m_pages.reserve(m_pages.size() + 1);
-    char* page = static_cast<char*>(std::malloc(static_cast<std::size_t>(m_pageSize)));
-    if (page == nullptr)
-        throw std::bad_alloc();
-    m_pages.push_back(page);
-    m_end = page;
+    std::unique_ptr<char[]> page(new char[static_cast<std::size_t>(m_pageSize)]);
+    m_pages.push_back(page.get());
+    m_end = page.release();
     m_room = m_pageSize;
 }
 
@@ -45,7 +41,7 @@ void PagedBuffer::CopyTo(xstring& s) const {
 
 void PagedBuffer::Clear() {
     while (m_pages.size() > 1) {
-        std::free(m_pages[m_pages.size() - 1]);
+        delete[] m_pages[m_pages.size() - 1];
         m_pages.erase(m_pages.end() - 1);
     }
     m_end = m_pages.empty() ? nullptr : m_pages[0];
