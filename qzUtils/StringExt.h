@@ -140,7 +140,8 @@ public:
     StringX(const StringX&) = delete;
     StringX& operator=(const StringX&) = delete;
 
-    // Replaces the content by a copy of s, or by s itself. s may be a view of the old content.
+    // Replaces the content by a copy of s, or by s itself. What is to be copied may be a view of
+    // the old content. REQUIRES: what is to be borrowed is not a view of an owned content.
     void Set(SubString s, bool makeIndependentCopy);
 
     operator SubString() const { return m_subString; }

@@ -79,7 +79,7 @@ void MakeSingleQuotedLiteralChar(char c, xstring& result) {
 }
 
 xostream& operator<<(xostream& os, HumanReadableCharInSubString c) {
-    if (c.m_s.empty())
+    if (!c.m_s)
         return os << "EOS";
     const char first = *c.m_s;
     switch (first) {
@@ -176,9 +176,10 @@ bool CaseInsensitiveCompare(SubString a, SubString b) {
 // ---- StringX -----------------------------------------------------------------------------------
 
 void StringX::Set(SubString s, bool makeIndependentCopy) {
-    if (!makeIndependentCopy || s.empty()) {
+    if (!makeIndependentCopy || !s) {
         Free();
-        m_subString = s;
+        if (!makeIndependentCopy)
+            m_subString = s;
         return;
     }
     const ssize_t size = s.size();
