@@ -22,10 +22,18 @@ void NormalisePath(xstring& path) {
 void CalcRelativePath(SubString a, SubString b, xstring& result) {
     const std::filesystem::path from(std::string(a.begin(), a.end()));
     const std::filesystem::path to(std::string(b.begin(), b.end()));
-    std::string relative = to.lexically_relative(from).string();
-    if (relative.empty())
-        relative = to.string();
-    result.assign(relative.data(), relative.data() + relative.size());
+    const auto [restOfFrom, restOfTo] =
+        std::mismatch(from.begin(), from.end(), to.begin(), to.end());
+    // The name of a directory that a leaves by ".." is not known, so nothing leads back into it.
+    const bool unreachable =
+        from.is_absolute() != to.is_absolute() || (restOfFrom != from.end() && *restOfFrom == "..");
+    std::filesystem::path relative = ".";
+    for (auto it = restOfFrom; it != from.end(); ++it)
+        relative /= *it == "." ? "." : "..";
+    for (auto it = restOfTo; it != to.end(); ++it)
+        relative /= *it;
+    const std::string text = unreachable ? to.string() : relative.string();
+    result.assign(text.data(), text.data() + text.size());
     NormalisePath(result);
 }
 
