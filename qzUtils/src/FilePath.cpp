@@ -44,9 +44,13 @@ struct CloseFile {
 };
 
 // A guess that saves moving the bytes while they are read; the file may still turn out otherwise.
+// Files of the system claim sizes that no memory holds, so the guess has a bound.
 ssize_t GuessFileSize(std::FILE* file) {
+    constexpr ssize_t s_most = ssize_t{1} << 28;
     struct stat status {};
-    return ::fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
+    if (::fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    return std::min<ssize_t>(status.st_size, s_most);
 }
 
 bool ReadToEnd(std::FILE* file, xstring& s) {
@@ -63,7 +67,7 @@ bool ReadToEnd(std::FILE* file, xstring& s) {
 bool ReadStringFromFile(xstring& s, const xstring& path, bool) {
     if (path.find('\0') != xstring::npos)
         return false;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
     xstring text;
     if (file == nullptr || !ReadToEnd(file.get(), text))
         return false;
