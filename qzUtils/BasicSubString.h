@@ -48,6 +48,16 @@ public:
     // These move the start. No check of bounds.
     constexpr BasicSubString& operator++() { return *this += 1; }
     constexpr BasicSubString& operator--() { return *this -= 1; }
+    constexpr BasicSubString operator++(int) {
+        const BasicSubString before = *this;
+        ++*this;
+        return before;
+    }
+    constexpr BasicSubString operator--(int) {
+        const BasicSubString before = *this;
+        --*this;
+        return before;
+    }
     constexpr BasicSubString& operator+=(ssize_t n) {
         m_p1 += n;
         return *this;

@@ -19,7 +19,8 @@ public:
     explicit basic_xstring(BasicSubString<T> s) : xvector<T>(s.m_p1, s.m_p2) {}
 
     // The text, terminated by a zero byte that does not count. Valid until the string changes.
-    // Views taken before the call stay valid only if the capacity exceeded the size.
+    // Views taken before the call stay valid only if the capacity exceeded the size. Though const,
+    // the call changes the block: one thread at a time.
     const T* c_str() const QZ_LIFETIME_BOUND {
         const ssize_t size = this->m_buffer.size();
         const ssize_t one = static_cast<ssize_t>(sizeof(T));
