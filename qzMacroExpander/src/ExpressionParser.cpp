@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 #include <type_traits>
+#include <utility>
 
 // A rule of the grammar keeps nothing in its stack frame but its arguments, so that brackets can
 // nest deeply: one level of them is a frame of every rule. Whatever needs room, the literal of a
@@ -296,7 +297,11 @@ bool IsOperatorOf(ELevel level, const LSToken& token) {
     parser.ReadNextToken();
     LSLiteral y;
     (parser.*binary.operand)(y);
-    literal = binary.operation(literal, y);
+    // Strings are joined in place, so that the time for a chain of them grows with its length.
+    if (binary.token == TOKEN_PLUS && literal == LITERAL_STRING && y == LITERAL_STRING)
+        literal.m_string += y.m_string;
+    else
+        literal = binary.operation(literal, y);
 }
 
 // Kept: the value is computed before the assignment is refused, so 1 /= 0 is a division by zero.
@@ -317,7 +322,7 @@ bool IsOperatorOf(ELevel level, const LSToken& token) {
     parser.ParseExpression(e1);
     parser.ParseGivenToken(TOKEN_COLON, ":");
     parser.ParseConditionalExpression(e2);
-    literal = literal.AsBool(false) ? e1 : e2;
+    literal = std::move(literal.AsBool(false) ? e1 : e2);
 }
 
 [[gnu::noinline]] void ParsePrefixOperator(ExpressionParser& parser, LSLiteral& literal) {

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <iterator>
-#include <limits>
 
 #include "qzMacroExpander/LSLiteral.h"
 #include "qzUtils/VornAssert.h"
