@@ -148,7 +148,7 @@ public:
 };
 
 // Look-ups are counted once SetStarted() has been called, for whoever wants to measure them. The
-// library decides nothing by these, and they are not atomic.
+// library decides nothing by these, and they are not atomic. The count wraps.
 extern bool s_started;
 extern int32 s_count;
 void SetStarted();
@@ -172,7 +172,7 @@ public:
     // The newest variable of that exact name, or null.
     LSVariable* Find(SubString name) {
         if (s_started)
-            ++s_count;
+            s_count = static_cast<int32>(static_cast<uint32>(s_count) + 1);
         if (m_index != nullptr)
             return FindInIndex(name);
         LSVariable* var = m_first;
