@@ -1,0 +1,86 @@
+// Runs qzexpand in a folder of its own and collects everything that it leaves behind.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace tool_test {
+
+// How a run has ended: what it wrote to its two streams, and its exit status. A run that a signal
+// has ended has the negative number of the signal as its status.
+struct Result {
+    int status = 0;
+    std::string out;
+    std::string err;
+
+    bool operator==(const Result&) const = default;
+};
+
+void PrintTo(const Result& result, std::ostream* os);
+
+// A run in progress. Its streams are read until they end; a run that does not end is killed after
+// two minutes, which shows as status -9.
+class Process {
+public:
+    // setUp is called in the new process, in front of the program.
+    Process(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
+            const std::string& input, const std::function<void()>& setUp);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void Signal(int signal) const;
+    Result Wait();
+
+private:
+    void Drain();
+
+    pid_t m_pid = -1;
+    int m_out = -1;
+    int m_err = -1;
+    Result m_result;
+};
+
+// A test in a fresh folder, which is the working directory of the tool, so that no path of the
+// machine shows in its messages.
+class ToolTest : public testing::Test {
+protected:
+    ToolTest();
+    ~ToolTest() override;
+
+    // Writes and reads files of the folder; folders in between are made.
+    void Write(const std::string& name, const std::string& content) const;
+    std::string Read(const std::string& name) const;
+    bool Exists(const std::string& name) const;
+
+    // The names of everything in the folder, in order: a temporary file left behind shows here.
+    std::vector<std::string> FileNames() const;
+
+    std::filesystem::path PathOf(const std::string& name) const { return m_folder / name; }
+
+    // Runs the tool to its end.
+    Result Run(const std::vector<std::string>& arguments, const std::string& input = "",
+               const std::function<void()>& setUp = {}) const;
+
+    std::filesystem::path m_folder;
+};
+
+// Redirects a stream of the new process; for setUp.
+std::function<void()> Redirect(int fd, const std::string& path);
+
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool s_sanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool s_sanitized = __has_feature(address_sanitizer);
+#else
+inline constexpr bool s_sanitized = false;
+#endif
+
+}  // namespace tool_test

@@ -1,0 +1,115 @@
+#include "Diagnostics.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include <unistd.h>
+
+#include "Files.h"
+#include "Visible.h"
+#include "qzUtils/StringExt.h"
+
+namespace qzexpand {
+
+using vorn::SubString;
+
+namespace {
+
+std::string_view View(SubString s) {
+    return {s.m_p1, static_cast<std::size_t>(s.size())};
+}
+
+}  // namespace
+
+Place FindPlace(const SourceText& text, const char* pos) {
+    const SubString all = text.text;
+    const auto isLineFeed = [](char c) {
+        return c == '\n';
+    };
+    const char* first =
+        std::find_if(std::reverse_iterator(pos), std::reverse_iterator(all.m_p1), isLineFeed)
+            .base();
+    const char* last = std::find_if(pos, all.m_p2, isLineFeed);
+    if (last != first && last != pos && last[-1] == '\r')
+        --last;
+    return {&text, vorn::GetLineNumber(all, pos), SubString(first, last), pos - first};
+}
+
+std::string PlaceName(const Place& place) {
+    return VisibleName(place.text->name) + '(' + std::to_string(place.line) + ") : ";
+}
+
+// ---- the excerpt -------------------------------------------------------------------------------
+
+namespace {
+
+// How much of a long line is shown on either side of the mark, in bytes.
+constexpr std::size_t s_reach = 100;
+
+// The part of a line that is shown.
+struct Window {
+    std::size_t first, last;
+    bool cutBefore, cutBehind;
+};
+
+bool IsUtf8Continuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
+}
+
+Window ChooseWindow(std::string_view line, std::size_t column) {
+    Window window{0, line.size(), false, false};
+    if (column > 2 * s_reach) {
+        window.first = column - s_reach;
+        while (window.first < column && IsUtf8Continuation(line[window.first]))
+            ++window.first;
+        window.cutBefore = true;
+    }
+    if (line.size() - column > 2 * s_reach) {
+        window.last = column + s_reach;
+        while (window.last > column && IsUtf8Continuation(line[window.last]))
+            --window.last;
+        window.cutBehind = true;
+    }
+    return window;
+}
+
+}  // namespace
+
+std::string Excerpt(const Place& place) {
+    constexpr std::string_view s_cut = "...";
+    const std::string_view line = View(place.bytes);
+    if (line.empty())
+        return {};
+    const auto column = std::min(static_cast<std::size_t>(place.column), line.size());
+    const Window window = ChooseWindow(line, column);
+    std::string shown(window.cutBefore ? s_cut : "");
+    std::string mark(shown.size(), ' ');
+    for (std::size_t i = window.first; i < window.last;) {
+        const std::string_view rest = line.substr(i, window.last - i);
+        const Glyph glyph = FirstGlyph(rest);
+        AppendGlyph(shown, rest, glyph);
+        i += glyph.size;
+        if (i <= column)
+            mark += line[i - 1] == '\t' ? std::string("\t") : std::string(glyph.Columns(), ' ');
+    }
+    shown += window.cutBehind ? s_cut : "";
+    return shown + '\n' + mark + "^\n";
+}
+
+// ---- the report --------------------------------------------------------------------------------
+
+std::string FormatError(const SourceTexts& texts, const std::string& mainName,
+                        const vorn::LexScannerException& e) {
+    const std::string message = Visible(View(e.m_description)) + '\n';
+    const SourceText* text = texts.Find(e.m_pos);
+    if (text == nullptr)
+        return VisibleName(mainName) + " : " + message;
+    const Place place = FindPlace(*text, e.m_pos);
+    return PlaceName(place) + message + Excerpt(place);
+}
+
+void WriteError(const std::string& report) {
+    WriteAll(STDERR_FILENO, SubString(report.data(), report.data() + report.size()));
+}
+
+}  // namespace qzexpand

@@ -1,0 +1,33 @@
+// Reading and writing files. "-" stands for standard input and standard output.
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+
+#include "qzUtils/SubString.h"
+
+namespace qzexpand {
+
+// What makes two paths the same file.
+struct FileId {
+    dev_t device = 0;
+    ino_t inode = 0;
+
+    bool operator==(const FileId&) const = default;
+};
+
+// Reads the exact bytes of a file, whatever it is: a pipe, a device. Returns 0 or the errno of
+// the call that failed.
+int ReadFile(const std::string& path, vorn::xstring& text, FileId& id);
+
+// Writes a file, all of it or nothing: the bytes go to a temporary file beside it, which takes
+// its place once everything has been written. A symbolic link is followed, and an old file hands
+// on its permissions. What is no regular file (a pipe, a device) is written to directly. Throws
+// Fault.
+void WriteFile(const std::string& path, vorn::SubString bytes);
+
+// Writes to a file descriptor until everything is out. Returns 0 or an errno.
+int WriteAll(int fd, vorn::SubString bytes);
+
+}  // namespace qzexpand

@@ -1,0 +1,119 @@
+#include "Options.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include <getopt.h>
+
+#include "qzUtils/StringExt.h"
+
+namespace qzexpand {
+
+const char s_usage[] = "usage: qzexpand [-o FILE] [-D [TYPE:]NAME=VALUE]... [FILE]\n"
+                       "Try 'qzexpand --help' for more.\n";
+
+const char s_help[] =
+    "usage: qzexpand [OPTION]... [FILE]\n"
+    "Expands the macros and directives in FILE, or in standard input (also -).\n"
+    "\n"
+    "  -o FILE                write to FILE, whole or not at all, not to standard output\n"
+    "  -D NAME=VALUE          define a macro without arguments\n"
+    "  -D TYPE:NAME=VALUE     define a value of type bool, int, double, char or string\n"
+    "      --help             show this text\n"
+    "      --version          show the version\n"
+    "\n"
+    "The status is 0 when all went well, 1 after an error in a text or a file, 2 after a wrong\n"
+    "call.\n";
+
+namespace {
+
+constexpr std::array<std::string_view, 5> s_types = {"bool", "int", "double", "char", "string"};
+
+bool IsType(std::string_view s) {
+    return std::find(s_types.begin(), s_types.end(), s) != s_types.end();
+}
+
+bool IsIdentifier(const std::string& s) {
+    vorn::SubString rest(s.data(), s.data() + s.size());
+    return vorn::ScanIdentifier(rest) && rest.empty();
+}
+
+[[noreturn]] void ThrowBadDefinition(const std::string& text, const std::string& reason) {
+    throw UsageError("-D " + text + ": " + reason);
+}
+
+Definition ParseDefinition(const std::string& text) {
+    const std::size_t equal = text.find('=');
+    if (equal == std::string::npos)
+        ThrowBadDefinition(text, "'=' and a value are missing");
+    Definition definition{"", text.substr(0, equal), text.substr(equal + 1)};
+    const std::size_t colon = definition.name.find(':');
+    if (colon != std::string::npos) {
+        definition.type = definition.name.substr(0, colon);
+        definition.name.erase(0, colon + 1);
+        if (!IsType(definition.type))
+            ThrowBadDefinition(text, "'" + definition.type + "' is no type");
+    }
+    if (!IsIdentifier(definition.name))
+        ThrowBadDefinition(text, "'" + definition.name + "' is no name");
+    if (IsType(definition.name))
+        ThrowBadDefinition(text, "'" + definition.name + "' is a type and no name");
+    return definition;
+}
+
+// ---- the command line --------------------------------------------------------------------------
+
+enum LongOption { OPTION_HELP = 256, OPTION_VERSION };
+
+constexpr option s_longOptions[] = {
+    {"help",    no_argument, nullptr, OPTION_HELP   },
+    {"version", no_argument, nullptr, OPTION_VERSION},
+    {nullptr,   0,           nullptr, 0             },
+};
+
+[[noreturn]] void ThrowBadOption(int found, char** argv) {
+    const std::string name = optopt > 0 && optopt < 256
+                                 ? std::string("-") + static_cast<char>(optopt)
+                                 : argv[optind - 1];
+    throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
+}
+
+void ApplyOption(Options& options, int found, char** argv) {
+    switch (found) {
+    case 'o':
+        options.output = optarg;
+        return;
+    case 'D':
+        options.definitions.push_back(ParseDefinition(optarg));
+        return;
+    case OPTION_HELP:
+        options.action = Options::Action::Help;
+        return;
+    case OPTION_VERSION:
+        options.action = Options::Action::Version;
+        return;
+    default:
+        ThrowBadOption(found, argv);
+    }
+}
+
+}  // namespace
+
+Options ParseCommandLine(int argc, char** argv) {
+    Options options;
+    opterr = 0;  // the messages are made here
+    int found = 0;
+    while ((found = ::getopt_long(argc, argv, ":o:D:", s_longOptions, nullptr)) != -1) {
+        ApplyOption(options, found, argv);
+        if (options.action != Options::Action::Expand)
+            return options;
+    }
+    if (argc - optind > 1)
+        throw UsageError(std::string("more than one file: ") + argv[optind + 1]);
+    if (optind < argc)
+        options.input = argv[optind];
+    return options;
+}
+
+}  // namespace qzexpand

@@ -1,0 +1,38 @@
+// What the command line asks for.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace qzexpand {
+
+// One -D [TYPE:]NAME=VALUE.
+struct Definition {
+    std::string type;  // bool, int, double, char, string; $ for a dollar macro; empty for a macro
+    std::string name;
+    std::string value;
+};
+
+struct Options {
+    enum class Action { Expand, Help, Version };
+
+    Action action = Action::Expand;
+    std::string input = "-";
+    std::string output = "-";
+    std::vector<Definition> definitions;
+};
+
+// A wrong call.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Throws UsageError.
+Options ParseCommandLine(int argc, char** argv);
+
+extern const char s_usage[];  // for a wrong call
+extern const char s_help[];   // for --help
+
+}  // namespace qzexpand

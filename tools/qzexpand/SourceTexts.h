@@ -1,0 +1,41 @@
+// The texts of one run: what can be named when a position is reported.
+#pragma once
+
+#include <forward_list>
+#include <functional>
+#include <string>
+
+#include "qzUtils/SubString.h"
+
+namespace qzexpand {
+
+struct SourceText {
+    std::string name;  // in reports: a path, <stdin>, <-D NAME>
+    vorn::xstring text;
+
+    // Whether an address lies in the text. An error at the end of a text lies one past its last
+    // byte, which counts where the end is asked for.
+    bool Holds(const char* pos, bool withEnd) const {
+        const std::less<const char*> before;
+        const char* end = text.data_end();
+        return pos != nullptr && !before(pos, text.data())
+               && (before(pos, end) || (withEnd && pos == end));
+    }
+};
+
+// The texts stay where they are, unchanged, until the end of the run: macros, positions and
+// errors point into them.
+class SourceTexts {
+public:
+    const SourceText& Add(std::string name, vorn::xstring text) {
+        return m_texts.emplace_front(SourceText{std::move(name), std::move(text)});
+    }
+
+    // The text in which an address lies, or null. The address is compared and not followed.
+    const SourceText* Find(const char* pos) const;
+
+private:
+    std::forward_list<SourceText> m_texts;
+};
+
+}  // namespace qzexpand

@@ -1,0 +1,30 @@
+// The temporary file that an output is written to.
+#pragma once
+
+#include <string>
+
+namespace qzexpand {
+
+// A file to be: whatever stands at its path is removed again, at the end of the scope or by a
+// signal that ends the process, unless it has been moved to its destination. There is one at a
+// time. REQUIRES: nothing of another owner stands at the path.
+class Temporary {
+public:
+    explicit Temporary(std::string path);
+    ~Temporary();
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+    // Gives the file its final name, in place of a file that has it. Returns 0 or an errno.
+    int MoveTo(const std::string& destination);
+
+private:
+    std::string m_path;
+};
+
+// Removes the temporary file if there is one. May be called from a signal handler.
+void RemoveTemporary();
+
+}  // namespace qzexpand
