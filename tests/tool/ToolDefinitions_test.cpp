@@ -17,12 +17,8 @@ protected:
     }
 
     // A definition that is refused.
-    Result Refusal(const std::string& definition, const std::string& reason) const {
-        return Result{2, "",
-                      "qzexpand: -D " + definition + ": " + reason
-                          + "\n"
-                            "usage: qzexpand [-o FILE] [-D [TYPE:]NAME=VALUE]... [FILE]\n"
-                            "Try 'qzexpand --help' for more.\n"};
+    static Result Refusal(const std::string& definition, const std::string& reason) {
+        return tool_test::WrongCall("-D " + definition + ": " + reason);
     }
 };
 
@@ -58,6 +54,51 @@ TEST_F(ToolDefinitions, ReportsAFaultInADefinitionAtTheDefinition) {
                       "    invoking macro n\n"
                       "  \" b\n"
                       "     ^\n"}));
+}
+
+TEST_F(ToolDefinitions, EvaluatesTheValueOfATypeAsLetDoes) {
+    EXPECT_EQ(Expand({"int:n=2*3"}, "n"), (Result{0, "6", ""}));
+    EXPECT_EQ(Expand({"bool:b=1<2"}, "b"), (Result{0, "true", ""}));
+    EXPECT_EQ(Expand({"double:d=1"}, "d"), (Result{0, "1.0", ""}));
+    EXPECT_EQ(Expand({"char:c='\\n'"}, "c"), (Result{0, "'\\n'", ""}));
+    EXPECT_EQ(Expand({"char:c=65"}, "c"), (Result{0, "'A'", ""}));
+}
+
+TEST_F(ToolDefinitions, DefinesAValueThatTheTextCanAssignTo) {
+    EXPECT_EQ(Expand({"int:n=1"}, "@let n = n + 1\nn"), (Result{0, "2", ""}));
+    EXPECT_EQ(Expand({"int:n=1"}, "@let int n = 1\n"),
+              (Result{1, "",
+                      "<stdin>(1) : Redefinition of variable n in this scope\n"
+                      "@let int n = 1\n"
+                      "         ^\n"}));
+}
+
+TEST_F(ToolDefinitions, ExpandsEarlierDefinitionsInAValue) {
+    EXPECT_EQ(Expand({"m=3", "int:n=2*m"}, "n"), (Result{0, "6", ""}));
+    EXPECT_EQ(Expand({"int:n=2*m", "m=3"}, "n"),
+              (Result{1, "",
+                      "<-D n>(1) : Unexpected m after * in expression\n"
+                      "2*m\n"
+                      "  ^\n"}));
+}
+
+TEST_F(ToolDefinitions, ReportsAValueThatIsNotOfItsType) {
+    EXPECT_EQ(Expand({"int:n=1.5"}, ""),
+              (Result{1, "",
+                      "<-D n>(1) : No implicit conversion from float64 to int64\n"
+                      "1.5\n"
+                      "   ^\n"}));
+    EXPECT_EQ(Expand({"int:n=2147483648"}, ""),
+              (Result{1, "",
+                      "<-D n>(1) : No implicit conversion from value 2147483648 to int32\n"
+                      "2147483648\n"
+                      "          ^\n"}));
+    EXPECT_EQ(Expand({"int:n="}, ""),
+              (Result{1, "", "<-D n> : Unexpected EOS after EOS in expression\n"}));
+    EXPECT_EQ(Expand({"int:n=1 2"}, ""), (Result{1, "",
+                                                 "<-D n>(1) : Read 2 in middle of expression\n"
+                                                 "1 2\n"
+                                                 "  ^\n"}));
 }
 
 TEST_F(ToolDefinitions, RefusesWhatIsNoDefinition) {

@@ -185,6 +185,15 @@ Result ToolTest::Run(const std::vector<std::string>& arguments, const std::strin
     return Process(m_folder, arguments, input, setUp).Wait();
 }
 
+Result WrongCall(const std::string& message) {
+    return Result{2, "",
+                  "qzexpand: " + message
+                      + "\n"
+                        "usage: qzexpand [OPTION]... [FILE]\n"
+                        "       qzexpand [OPTION]... --eval EXPRESSION\n"
+                        "Try 'qzexpand --help' for more.\n"};
+}
+
 std::function<void()> Redirect(int fd, const std::string& path) {
     return [fd, path] {
         const int file = ::open(path.c_str(), O_WRONLY);

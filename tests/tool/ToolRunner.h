@@ -72,6 +72,9 @@ protected:
     std::filesystem::path m_folder;
 };
 
+// What a wrong call leaves behind.
+Result WrongCall(const std::string& message);
+
 // Redirects a stream of the new process; for setUp.
 std::function<void()> Redirect(int fd, const std::string& path);
 

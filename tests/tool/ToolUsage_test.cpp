@@ -6,17 +6,9 @@ namespace {
 
 using tool_test::Result;
 using tool_test::ToolTest;
+using tool_test::WrongCall;
 
-class ToolUsage : public ToolTest {
-protected:
-    static Result WrongCall(const std::string& message) {
-        return Result{2, "",
-                      "qzexpand: " + message
-                          + "\n"
-                            "usage: qzexpand [-o FILE] [-D [TYPE:]NAME=VALUE]... [FILE]\n"
-                            "Try 'qzexpand --help' for more.\n"};
-    }
-};
+class ToolUsage : public ToolTest {};
 
 TEST_F(ToolUsage, RefusesAWrongCallWithAShortText) {
     EXPECT_EQ(Run({"-q"}), WrongCall("unknown option -q"));
@@ -24,7 +16,9 @@ TEST_F(ToolUsage, RefusesAWrongCallWithAShortText) {
     EXPECT_EQ(Run({"--version=3"}), WrongCall("unknown option --version=3"));
     EXPECT_EQ(Run({"-o"}), WrongCall("-o needs an argument"));
     EXPECT_EQ(Run({"-D"}), WrongCall("-D needs an argument"));
+    EXPECT_EQ(Run({"--eval"}), WrongCall("--eval needs an argument"));
     EXPECT_EQ(Run({"a", "b"}), WrongCall("more than one file: b"));
+    EXPECT_EQ(Run({"--eval", "1", "a"}), WrongCall("--eval takes no file: a"));
 }
 
 TEST_F(ToolUsage, MakesTheBytesOfAWrongArgumentVisible) {

@@ -98,12 +98,11 @@ std::string Excerpt(const Place& place) {
 
 // ---- the report --------------------------------------------------------------------------------
 
-std::string FormatError(const SourceTexts& texts, const std::string& mainName,
-                        const vorn::LexScannerException& e) {
+std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e) {
     const std::string message = Visible(View(e.m_description)) + '\n';
     const SourceText* text = texts.Find(e.m_pos);
     if (text == nullptr)
-        return VisibleName(mainName) + " : " + message;
+        return VisibleName(texts.Current()->name) + " : " + message;
     const Place place = FindPlace(*text, e.m_pos);
     return PlaceName(place) + message + Excerpt(place);
 }

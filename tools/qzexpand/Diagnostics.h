@@ -34,10 +34,9 @@ std::string PlaceName(const Place& place);
 // The line and the mark. Of a very long line, the part around the mark; of an empty one, nothing.
 std::string Excerpt(const Place& place);
 
-// The report of an error. mainName names the text being expanded, for an error whose position
-// lies in no text that is known: in one that macros have put together, or nowhere.
-std::string FormatError(const SourceTexts& texts, const std::string& mainName,
-                        const vorn::LexScannerException& e);
+// The report of an error. One whose position lies in no text that is known, such as a text that
+// macros have put together, is reported without a line for the current text.
+std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e);
 
 // Writes to standard error, in one piece.
 void WriteError(const std::string& report);

@@ -10,16 +10,19 @@
 
 namespace qzexpand {
 
-const char s_usage[] = "usage: qzexpand [-o FILE] [-D [TYPE:]NAME=VALUE]... [FILE]\n"
+const char s_usage[] = "usage: qzexpand [OPTION]... [FILE]\n"
+                       "       qzexpand [OPTION]... --eval EXPRESSION\n"
                        "Try 'qzexpand --help' for more.\n";
 
 const char s_help[] =
     "usage: qzexpand [OPTION]... [FILE]\n"
+    "       qzexpand [OPTION]... --eval EXPRESSION\n"
     "Expands the macros and directives in FILE, or in standard input (also -).\n"
     "\n"
     "  -o FILE                write to FILE, whole or not at all, not to standard output\n"
     "  -D NAME=VALUE          define a macro without arguments\n"
     "  -D TYPE:NAME=VALUE     define a value of type bool, int, double, char or string\n"
+    "      --eval EXPRESSION  evaluate an expression and write its value\n"
     "      --help             show this text\n"
     "      --version          show the version\n"
     "\n"
@@ -64,18 +67,20 @@ Definition ParseDefinition(const std::string& text) {
 
 // ---- the command line --------------------------------------------------------------------------
 
-enum LongOption { OPTION_HELP = 256, OPTION_VERSION };
+enum LongOption { OPTION_EVAL = 256, OPTION_HELP, OPTION_VERSION };
 
 constexpr option s_longOptions[] = {
-    {"help",    no_argument, nullptr, OPTION_HELP   },
-    {"version", no_argument, nullptr, OPTION_VERSION},
-    {nullptr,   0,           nullptr, 0             },
+    {"eval",    required_argument, nullptr, OPTION_EVAL   },
+    {"help",    no_argument,       nullptr, OPTION_HELP   },
+    {"version", no_argument,       nullptr, OPTION_VERSION},
+    {nullptr,   0,                 nullptr, 0             },
 };
 
+// argv[optind - 1] is the last argument that was read.
 [[noreturn]] void ThrowBadOption(int found, char** argv) {
-    const std::string name = optopt > 0 && optopt < 256
-                                 ? std::string("-") + static_cast<char>(optopt)
-                                 : argv[optind - 1];
+    const bool isShort = optopt > 0 && optopt < 256;
+    const std::string name =
+        isShort ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
     throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
 }
 
@@ -86,6 +91,10 @@ void ApplyOption(Options& options, int found, char** argv) {
         return;
     case 'D':
         options.definitions.push_back(ParseDefinition(optarg));
+        return;
+    case OPTION_EVAL:
+        options.action = Options::Action::Evaluate;
+        options.expression = optarg;
         return;
     case OPTION_HELP:
         options.action = Options::Action::Help;
@@ -106,13 +115,16 @@ Options ParseCommandLine(int argc, char** argv) {
     int found = 0;
     while ((found = ::getopt_long(argc, argv, ":o:D:", s_longOptions, nullptr)) != -1) {
         ApplyOption(options, found, argv);
-        if (options.action != Options::Action::Expand)
+        if (options.action == Options::Action::Help || options.action == Options::Action::Version)
             return options;
     }
+    if (optind == argc)
+        return options;
+    if (options.action == Options::Action::Evaluate)
+        throw UsageError(std::string("--eval takes no file: ") + argv[optind]);
     if (argc - optind > 1)
         throw UsageError(std::string("more than one file: ") + argv[optind + 1]);
-    if (optind < argc)
-        options.input = argv[optind];
+    options.input = argv[optind];
     return options;
 }
 

@@ -15,11 +15,12 @@ struct Definition {
 };
 
 struct Options {
-    enum class Action { Expand, Help, Version };
+    enum class Action { Expand, Evaluate, Help, Version };
 
     Action action = Action::Expand;
     std::string input = "-";
     std::string output = "-";
+    std::string expression;  // for Evaluate
     std::vector<Definition> definitions;
 };
 

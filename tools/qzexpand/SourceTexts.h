@@ -34,8 +34,13 @@ public:
     // The text in which an address lies, or null. The address is compared and not followed.
     const SourceText* Find(const char* pos) const;
 
+    // The text that is being dealt with: it is named where an error lies in no text at all.
+    void SetCurrent(const SourceText& text) { m_current = &text; }
+    const SourceText* Current() const { return m_current; }
+
 private:
     std::forward_list<SourceText> m_texts;
+    const SourceText* m_current = nullptr;
 };
 
 }  // namespace qzexpand

@@ -8,6 +8,7 @@
 
 #include "Definitions.h"
 #include "Diagnostics.h"
+#include "Expressions.h"
 #include "Fault.h"
 #include "Files.h"
 #include "Options.h"
@@ -17,6 +18,7 @@
 namespace {
 
 using namespace qzexpand;
+using vorn::xstring;
 
 constexpr int s_statusError = 1;
 constexpr int s_statusUsage = 2;
@@ -26,7 +28,7 @@ std::string NameOfInput(const std::string& path) {
 }
 
 const SourceText& ReadInput(SourceTexts& texts, const std::string& path) {
-    vorn::xstring text;
+    xstring text;
     FileId id;
     if (const int error = ReadFile(path, text, id))
         ThrowSystemFault(path == "-" ? "standard input" : path, error);
@@ -39,28 +41,51 @@ void CheckPrinted() {
         throw Fault("standard output: write error");
 }
 
-void ExpandFile(const Options& options, SourceTexts& texts) {
+xstring ExpandInput(const Options& options, SourceTexts& texts, vorn::FileScopeVarFrame& frame) {
+    const SourceText& source = ReadInput(texts, options.input);
+    texts.SetCurrent(source);
+    xstring result;
+    vorn::MacroExpand(nullptr, &frame, source.text, 0, 0, result);
+    return result;
+}
+
+xstring EvaluateExpression(const Options& options, SourceTexts& texts,
+                           vorn::FileScopeVarFrame& frame) {
+    const std::string& text = options.expression;
+    const SourceText& source =
+        texts.Add("<--eval>", xstring(text.data(), text.data() + text.size()));
+    texts.SetCurrent(source);
+    xstring result = EvaluateAsText(frame, source);
+    result += '\n';
+    return result;
+}
+
+void Produce(const Options& options, SourceTexts& texts) {
     vorn::FileScopeVarFrame frame;
     for (const Definition& definition : options.definitions)
         Define(frame, texts, definition);
-    const SourceText& source = ReadInput(texts, options.input);
-    vorn::xstring result;
-    vorn::MacroExpand(nullptr, &frame, source.text, 0, 0, result);
+    const xstring result = options.action == Options::Action::Evaluate
+                               ? EvaluateExpression(options, texts, frame)
+                               : ExpandInput(options, texts, frame);
     CheckPrinted();
     WriteFile(options.output, result);
+}
+
+void ReportFault(const std::string& message) {
+    WriteError("qzexpand: " + VisibleName(message) + '\n');
 }
 
 int Run(const Options& options) {
     SourceTexts texts;
     try {
-        ExpandFile(options, texts);
+        Produce(options, texts);
         return 0;
     } catch (const vorn::LexScannerException& e) {
-        WriteError(FormatError(texts, NameOfInput(options.input), e));
+        WriteError(FormatError(texts, e));
     } catch (const Fault& e) {
-        WriteError("qzexpand: " + VisibleName(e.what()) + '\n');
+        ReportFault(e.what());
     } catch (const std::bad_alloc&) {
-        WriteError("qzexpand: out of memory\n");
+        ReportFault("out of memory");
     }
     return s_statusError;
 }
@@ -70,7 +95,7 @@ int Show(const std::string& text) {
         WriteFile("-", vorn::SubString(text.data(), text.data() + text.size()));
         return 0;
     } catch (const Fault& e) {
-        WriteError("qzexpand: " + VisibleName(e.what()) + '\n');
+        ReportFault(e.what());
         return s_statusError;
     }
 }
@@ -87,10 +112,12 @@ int main(int argc, char** argv) {
         case Options::Action::Version:
             return Show("qzexpand " QZEXPAND_VERSION "\n");
         case Options::Action::Expand:
+        case Options::Action::Evaluate:
             return Run(options);
         }
     } catch (const UsageError& e) {
-        WriteError("qzexpand: " + VisibleName(e.what()) + '\n' + s_usage);
+        ReportFault(e.what());
+        WriteError(s_usage);
     }
     return s_statusUsage;
 }
