@@ -12,8 +12,8 @@ void NormalisePath(xstring& path);
 
 // Sets result to the path that leads from the directory a to b: a/b and a/c/d.h give ../c/d.h.
 // Equal paths give ".". Where no path leads there by the names alone (one is absolute and the
-// other is not, or a climbs out by ".." where b does not), result is b itself.
-// REQUIRES: both are in normal form.
+// other is not, or a climbs out by ".." where b does not), result is b itself. Whatever form the
+// two are in, they count by their normal forms, and the result is in normal form.
 void CalcRelativePath(SubString a, SubString b, xstring& result);
 
 // Reads the exact bytes of a file into s. False, with s as it was, for a directory, for whatever

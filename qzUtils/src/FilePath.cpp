@@ -2,39 +2,80 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
-#include <string>
 
 #include <sys/stat.h>
 
 namespace vorn {
 
+namespace {
+
+bool IsSlash(char c) {
+    return c == '/' || c == '\\';
+}
+
+bool IsAbsolute(SubString path) {
+    return path && IsSlash(*path);
+}
+
+// Goes on from where names lead, by one element of a path. Nothing lies above the root.
+void Step(xvector<SubString>& names, SubString element, bool absolute) {
+    if (element.empty() || element == ".")
+        return;
+    const bool up = element == "..";
+    if (up && !names.empty() && *(names.end() - 1) != "..")
+        names.erase(names.end() - 1);
+    else if (!up || !absolute)
+        names.push_back(element);
+}
+
+// The names that are left of a path in its normal form: views of the path.
+xvector<SubString> NormalNames(SubString path) {
+    const bool absolute = IsAbsolute(path);
+    xvector<SubString> names;
+    while (path) {
+        const char* end = std::find_if(path.begin(), path.end(), IsSlash);
+        Step(names, SubString(path.begin(), end), absolute);
+        path.setbegin(end == path.end() ? end : end + 1);
+    }
+    return names;
+}
+
+xstring Join(bool absolute, const xvector<SubString>& names) {
+    xstring path(absolute ? "/" : "");
+    for (const SubString& name : names) {
+        if (&name != names.begin())
+            path += '/';
+        path += name;
+    }
+    if (path.empty())
+        path += '.';
+    return path;
+}
+
+}  // namespace
+
 void NormalisePath(xstring& path) {
-    std::string text(path.begin(), path.end());
-    std::replace(text.begin(), text.end(), '\\', '/');
-    std::string normal = std::filesystem::path(text).lexically_normal().string();
-    if (normal.size() > 1 && normal.back() == '/')
-        normal.pop_back();
-    path.assign(normal.data(), normal.data() + normal.size());
+    if (!path.empty())
+        path = Join(IsAbsolute(path), NormalNames(path));
 }
 
 void CalcRelativePath(SubString a, SubString b, xstring& result) {
-    const std::filesystem::path from(std::string(a.begin(), a.end()));
-    const std::filesystem::path to(std::string(b.begin(), b.end()));
+    const xvector<SubString> from = NormalNames(a);
+    const xvector<SubString> to = NormalNames(b);
     const auto [restOfFrom, restOfTo] =
         std::mismatch(from.begin(), from.end(), to.begin(), to.end());
     // The name of a directory that a leaves by ".." is not known, so nothing leads back into it.
-    const bool unreachable =
-        from.is_absolute() != to.is_absolute() || (restOfFrom != from.end() && *restOfFrom == "..");
-    std::filesystem::path relative = ".";
+    if (IsAbsolute(a) != IsAbsolute(b) || (restOfFrom != from.end() && *restOfFrom == "..")) {
+        result.assign(b);
+        NormalisePath(result);
+        return;
+    }
+    xvector<SubString> names;
     for (auto it = restOfFrom; it != from.end(); ++it)
-        relative /= *it == "." ? "." : "..";
-    for (auto it = restOfTo; it != to.end(); ++it)
-        relative /= *it;
-    const std::string text = unreachable ? to.string() : relative.string();
-    result.assign(text.data(), text.data() + text.size());
-    NormalisePath(result);
+        names.push_back("..");
+    names.push_back(restOfTo, to.end());
+    result = Join(false, names);
 }
 
 namespace {
