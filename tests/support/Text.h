@@ -53,6 +53,11 @@ private:
     vorn::ssize_t m_size;
 };
 
+// The address n bytes behind p, which may lie outside of p's text.
+inline const char* Address(const char* p, std::intptr_t n) {
+    return reinterpret_cast<const char*>(reinterpret_cast<std::intptr_t>(p) + n);
+}
+
 // A LexScannerException as tests compare it: the whole message, and its place as an offset.
 struct LexError {
     std::string description;
