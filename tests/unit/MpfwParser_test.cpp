@@ -106,17 +106,22 @@ xstring ReadString(Parser& parser) {
 
 TEST(ReadString, TakesQuotedStringsAndBracketedExpressionsAndReadsOn) {
     const Reading rows[] = {
-        {R"("a" ;)",               "a",             ";"},
-        {R"('a' ;)",               "a",             ";"},
-        {R"(r"a\b" ;)",            "a\\b",          ";"},
-        {R"("a\tb" ;)",            "a\tb",          ";"},
-        {R"("" ;)",                "",              ";"},
-        {R"(("a" + "b") ;)",       "ab",            ";"},
-        {R"((("a")) ;)",           "a",             ";"},
-        {R"((true?'x':'y');)",     "x",             ";"},
-        {R"("a")",                 "a",             "" },
-        {"/* c */ \"a\" // c\n;",  "a",             ";"}, // comments are passed over
-  // Dollar macros, in both forms, also where the macro's value holds one.
+        {R"("a" ;)",              "a",    ";"},
+        {R"('a' ;)",              "a",    ";"},
+        {R"(r"a\b" ;)",           "a\\b", ";"},
+        {R"("a\tb" ;)",           "a\tb", ";"},
+        {R"("" ;)",               "",     ";"},
+        {R"(("a" + "b") ;)",      "ab",   ";"},
+        {R"((("a")) ;)",          "a",    ";"},
+        {R"((true?'x':'y');)",    "x",    ";"},
+        {R"("a")",                "a",    "" },
+        {"/* c */ \"a\" // c\n;", "a",    ";"}, // comments are passed over
+    };
+    ExpectReadings(rows, ReadString);
+}
+
+TEST(ReadString, AppliesDollarMacrosInBothForms) {
+    const Reading rows[] = {
         {R"-("$(A)" ;)-",          "a/a",           ";"},
         {R"-('$(B)' ;)-",          "a/a/b",         ";"},
         {R"-(("$(" + "B)") ;)-",   "a/a/b",         ";"},
@@ -127,11 +132,16 @@ TEST(ReadString, TakesQuotedStringsAndBracketedExpressionsAndReadsOn) {
 
 TEST(ReadString, FailsAtWhatIsNoString) {
     const Failing rows[] = {
-        {"",          "Expected quoted string when read EOS",        0},
-        {" name",     "Expected quoted string when read name",       1},
-        {"12",        "Expected quoted string when read 12",         0},
-        {"@x",        "Expected quoted string when read @",          0},
- // What the expression parser has to say about brackets.
+        {"",      "Expected quoted string when read EOS",  0},
+        {" name", "Expected quoted string when read name", 1},
+        {"12",    "Expected quoted string when read 12",   0},
+        {"@x",    "Expected quoted string when read @",    0},
+    };
+    ExpectErrors(rows, ReadString);
+}
+
+TEST(ReadString, FailsInBracketsAsTheExpressionParserDoes) {
+    const Failing rows[] = {
         {"(1)",       "No implicit conversion from int64 to string", 2},
         {"(\"a\"",    "Expected ) after \"a\" when read EOS",        4},
         {"(\"a\" 1)", "Expected ) after \"a\" when read 1",          5},
@@ -421,8 +431,7 @@ TEST(ParseImportDirective, FailsAtTheFirstTokenThatDoesNotFit) {
         {"@import",                 "Expected quoted string when read EOS",   7},
         {"@import known.txt",       "Expected quoted string when read known", 8},
         {"@import (\"known.txt\")", "Expected quoted string when read (",     8},
- // The position is the word import.
-        {" @ import \"x$(A)\"",     "Couldn't open file xa/a",                3},
+        {" @ import \"x$(A)\"",     "Couldn't open file xa/a",                3}, // at the word import
     };
     ExpectErrors(rows, [](Parser& parser) { parser.ParseImportDirective(); });
 }
