@@ -431,9 +431,15 @@ TEST(ParseImportDirective, FailsAtTheFirstTokenThatDoesNotFit) {
         {"@import",                 "Expected quoted string when read EOS",   7},
         {"@import known.txt",       "Expected quoted string when read known", 8},
         {"@import (\"known.txt\")", "Expected quoted string when read (",     8},
-        {" @ import \"x$(A)\"",     "Couldn't open file xa/a",                3}, // at the word import
     };
     ExpectErrors(rows, [](Parser& parser) { parser.ParseImportDirective(); });
+}
+
+TEST(ParseImportDirective, FailsAtTheWordImportWhereThePathDoesNotResolve) {
+    Parser parser(R"-( @ import "x$(A)")-");
+    EXPECT_EQ(parser.ErrorOf([&] { parser.ParseImportDirective(); }),
+              (LexError{"Couldn't open file xa/a", 3}));
+    EXPECT_TRUE(parser.m_processed.empty());
 }
 
 // ---- the parser --------------------------------------------------------------------------------
