@@ -70,6 +70,8 @@ inline std::string Show(const vorn::LSLiteral& x) {
     }
 }
 
+inline constexpr char s_noError[] = "(no error)";
+
 // The message of the LiteralException that action raises.
 template <class Action>
 std::string LiteralErrorOf(Action&& action) {
@@ -78,7 +80,7 @@ std::string LiteralErrorOf(Action&& action) {
     } catch (const vorn::LiteralException& e) {
         return Str(e.m_description);
     }
-    return "(no error)";
+    return s_noError;
 }
 
 }  // namespace vorn_test

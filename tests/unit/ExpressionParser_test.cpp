@@ -149,7 +149,7 @@ TEST(ExpressionParser, CaretIsExclusiveOrAndDoubleCaretIsPower) {
 
 TEST(ExpressionParser, GroupsPrefixOperatorsToTheRight) {
     ExpectResults({
-        {"- -5",   "int64 -5" },
+        {"- -5",   "int64 5"  },
         {"-~5",    "int64 6"  },
         {"~-5",    "int64 4"  },
         {"!!true", "bool true"},

@@ -28,15 +28,67 @@ using enum vorn::ELiteral;
 
 // ---- one conversion ----------------------------------------------------------------------------
 
-// The four members of the conversion family for one target.
-template <class T>
+// The target in messages about the type of the source, and in those about its value.
+struct TargetNames {
+    const char* ofType;
+    const char* ofValue;
+};
+
+// What a conversion did: its result, what its variable holds, its error.
+struct Outcome {
+    bool result;
+    std::string value;
+    std::string error;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+void PrintTo(const Outcome& outcome, std::ostream* os) {
+    *os << outcome.result << ", " << outcome.value << ", " << outcome.error;
+}
+
+// The conversion family for one target, with values as text.
 struct Family {
-    const char* typeName;   // the target in messages about the type of the source
-    const char* rangeName;  // the target in messages about its value
-    bool (LSLiteral::*as)(T&, bool, bool) const;
-    T (LSLiteral::*get)(bool) const;
+    TargetNames names;
+    std::vector<std::string> sentinels;  // what a variable may hold before
+    Outcome (*as)(const LSLiteral& x, std::size_t sentinel, bool loss, bool throws);
+    Outcome (*get)(const LSLiteral& x, bool loss);
     bool (LSLiteral::*coercible)() const;
 };
+
+template <class T>
+T Sentinel(std::size_t index) {
+    if constexpr (std::is_same_v<T, xstring>)
+        return index == 0 ? "" : "before";
+    else
+        return static_cast<T>(index);
+}
+
+template <class T, bool (LSLiteral::*as)(T&, bool, bool) const>
+Outcome As(const LSLiteral& x, std::size_t sentinel, bool loss, bool throws) {
+    T v = Sentinel<T>(sentinel);
+    bool result = false;
+    std::string error = LiteralErrorOf([&] { result = (x.*as)(v, loss, throws); });
+    return {result, ShowValue(v), error};
+}
+
+template <class T, T (LSLiteral::*get)(bool) const>
+Outcome Get(const LSLiteral& x, bool loss) {
+    std::string value;
+    const std::string error = LiteralErrorOf([&] { value = ShowValue((x.*get)(loss)); });
+    return {error == s_noError, value, error};
+}
+
+template <class T, bool (LSLiteral::*as)(T&, bool, bool) const, T (LSLiteral::*get)(bool) const>
+Family MakeFamily(TargetNames names, bool (LSLiteral::*coercible)() const) {
+    return {
+        names,
+        {ShowValue(Sentinel<T>(0)), ShowValue(Sentinel<T>(1))},
+        As<T, as>,
+        Get<T, get>,
+        coercible
+    };
+}
 
 // What a cell of the tables below says of one source and one target.
 //
@@ -64,91 +116,77 @@ struct Cell {
     }
 
     // REQUIRES: the conversion fails.
-    std::string Message(const LSLiteral& x, const char* typeName, const char* rangeName) const {
+    std::string Message(const LSLiteral& x, const TargetNames& names) const {
         const std::string from = vorn::TypeToString(x.m_type);
         if (kind == "expected")
-            return std::string("Expected ") + typeName;
+            return std::string("Expected ") + names.ofType;
         if (kind == "none")
-            return "No conversion from " + from + " to " + typeName;
+            return "No conversion from " + from + " to " + names.ofType;
         if (kind == "cast")
-            return "No implicit conversion from " + from + " to " + typeName;
+            return "No implicit conversion from " + from + " to " + names.ofType;
         const std::string text = x == LITERAL_STRING ? Str(x.m_string) : std::to_string(x.m_int64);
-        return "No implicit conversion from value " + text + " to " + rangeName;
+        return "No implicit conversion from value " + text + " to " + names.ofValue;
     }
+
+    // before is what the variable held; empty where there is none.
+    Outcome Expected(const LSLiteral& x, const TargetNames& names, bool loss, bool throws,
+                     const std::string& before) const {
+        if (Converts(loss))
+            return {true, value, s_noError};
+        // A char is not stored if the error is raised; an integer has been stored by then.
+        const bool stored =
+            kind == "range" && !before.empty() && !(throws && names.ofValue == s_charName);
+        return {false, stored ? value : before, throws ? Message(x, names) : s_noError};
+    }
+
+    static constexpr std::string_view s_charName = "char";
 };
 
-template <class T>
-std::vector<T> Sentinels() {
-    if constexpr (std::is_same_v<T, xstring>)
-        return {xstring(), xstring("before")};
-    else
-        return {T(0), T(1)};
-}
-
 // Tries all four combinations of flags, and the two shorter forms.
-template <class T>
-void ExpectConversion(const LSLiteral& x, std::string_view text, const Family<T>& family) {
-    SCOPED_TRACE(Show(x) + " to " + family.rangeName + " should be: " + std::string(text));
+void ExpectConversion(const LSLiteral& x, std::string_view text, const Family& family) {
+    SCOPED_TRACE(Show(x) + " to " + family.names.ofValue + " should be: " + std::string(text));
     const Cell cell(text);
-    for (const bool loss : {false, true}) {
-        SCOPED_TRACE(loss ? "with data loss" : "without data loss");
-        const bool converts = cell.Converts(loss);
-        for (const T& sentinel : Sentinels<T>()) {
-            T v = sentinel;
-            EXPECT_EQ((x.*family.as)(v, loss, false), converts);
-            EXPECT_EQ(ShowValue(v),
-                      converts || cell.kind == "range" ? cell.value : ShowValue(sentinel));
-        }
-        T v{};
-        const auto convert = [&] {
-            EXPECT_TRUE((x.*family.as)(v, loss, true));
-        };
-        const auto get = [&] {
-            v = (x.*family.get)(loss);
-        };
-        if (converts) {
-            convert();
-            EXPECT_EQ(ShowValue(v), cell.value);
-            v = T{};
-            get();
-            EXPECT_EQ(ShowValue(v), cell.value);
-        } else {
-            const std::string message = cell.Message(x, family.typeName, family.rangeName);
-            EXPECT_EQ(LiteralErrorOf(convert), message);
-            EXPECT_EQ(LiteralErrorOf(get), message);
-        }
+    for (const int flags : {0, 1, 2, 3}) {
+        const bool loss = (flags & 1) != 0;
+        const bool throws = (flags & 2) != 0;
+        for (const std::size_t i : {0u, 1u})
+            EXPECT_EQ(family.as(x, i, loss, throws),
+                      cell.Expected(x, family.names, loss, throws, family.sentinels[i]))
+                << "loss " << loss << ", throws " << throws;
     }
+    for (const bool loss : {false, true})
+        EXPECT_EQ(family.get(x, loss), cell.Expected(x, family.names, loss, true, ""));
     EXPECT_EQ((x.*family.coercible)(), cell.Converts(false));
 }
 
 // ---- the coercion table ------------------------------------------------------------------------
 
-constexpr Family<bool> s_bool = {"bool", "bool", &LSLiteral::AsBool, &LSLiteral::AsBool,
-                                 &LSLiteral::CoercibleToBool};
-constexpr Family<int8> s_int8 = {"int64", "int8", &LSLiteral::AsInt8, &LSLiteral::AsInt8,
-                                 &LSLiteral::CoercibleToInt8};
-constexpr Family<int16> s_int16 = {"int64", "int16", &LSLiteral::AsInt16, &LSLiteral::AsInt16,
-                                   &LSLiteral::CoercibleToInt16};
-constexpr Family<int32> s_int32 = {"int64", "int32", &LSLiteral::AsInt32, &LSLiteral::AsInt32,
-                                   &LSLiteral::CoercibleToInt32};
-constexpr Family<int64> s_int64 = {"int64", "int64", &LSLiteral::AsInt64, &LSLiteral::AsInt64,
-                                   &LSLiteral::CoercibleToInt64};
-constexpr Family<uint8> s_uint8 = {"int64", "uint8", &LSLiteral::AsUInt8, &LSLiteral::AsUInt8,
-                                   &LSLiteral::CoercibleToUInt8};
-constexpr Family<uint16> s_uint16 = {"int64", "uint16", &LSLiteral::AsUInt16, &LSLiteral::AsUInt16,
-                                     &LSLiteral::CoercibleToUInt16};
-constexpr Family<uint32> s_uint32 = {"int64", "uint32", &LSLiteral::AsUInt32, &LSLiteral::AsUInt32,
-                                     &LSLiteral::CoercibleToUInt32};
-constexpr Family<uint64> s_uint64 = {"int64", "uint64", &LSLiteral::AsUInt64, &LSLiteral::AsUInt64,
-                                     &LSLiteral::CoercibleToUInt64};
-constexpr Family<float32> s_float32 = {"float32", "float32", &LSLiteral::AsFloat32,
-                                       &LSLiteral::AsFloat32, &LSLiteral::CoercibleToFloat32};
-constexpr Family<float64> s_float64 = {"float64", "float64", &LSLiteral::AsFloat64,
-                                       &LSLiteral::AsFloat64, &LSLiteral::CoercibleToFloat64};
-constexpr Family<xchar> s_char = {"char", "char", &LSLiteral::AsChar, &LSLiteral::AsChar,
-                                  &LSLiteral::CoercibleToChar};
-constexpr Family<xstring> s_string = {"string", "string", &LSLiteral::AsString,
-                                      &LSLiteral::AsString, &LSLiteral::CoercibleToString};
+const Family s_bool = MakeFamily<bool, &LSLiteral::AsBool, &LSLiteral::AsBool>(
+    {"bool", "bool"}, &LSLiteral::CoercibleToBool);
+const Family s_int8 = MakeFamily<int8, &LSLiteral::AsInt8, &LSLiteral::AsInt8>(
+    {"int64", "int8"}, &LSLiteral::CoercibleToInt8);
+const Family s_int16 = MakeFamily<int16, &LSLiteral::AsInt16, &LSLiteral::AsInt16>(
+    {"int64", "int16"}, &LSLiteral::CoercibleToInt16);
+const Family s_int32 = MakeFamily<int32, &LSLiteral::AsInt32, &LSLiteral::AsInt32>(
+    {"int64", "int32"}, &LSLiteral::CoercibleToInt32);
+const Family s_int64 = MakeFamily<int64, &LSLiteral::AsInt64, &LSLiteral::AsInt64>(
+    {"int64", "int64"}, &LSLiteral::CoercibleToInt64);
+const Family s_uint8 = MakeFamily<uint8, &LSLiteral::AsUInt8, &LSLiteral::AsUInt8>(
+    {"int64", "uint8"}, &LSLiteral::CoercibleToUInt8);
+const Family s_uint16 = MakeFamily<uint16, &LSLiteral::AsUInt16, &LSLiteral::AsUInt16>(
+    {"int64", "uint16"}, &LSLiteral::CoercibleToUInt16);
+const Family s_uint32 = MakeFamily<uint32, &LSLiteral::AsUInt32, &LSLiteral::AsUInt32>(
+    {"int64", "uint32"}, &LSLiteral::CoercibleToUInt32);
+const Family s_uint64 = MakeFamily<uint64, &LSLiteral::AsUInt64, &LSLiteral::AsUInt64>(
+    {"int64", "uint64"}, &LSLiteral::CoercibleToUInt64);
+const Family s_float32 = MakeFamily<float32, &LSLiteral::AsFloat32, &LSLiteral::AsFloat32>(
+    {"float32", "float32"}, &LSLiteral::CoercibleToFloat32);
+const Family s_float64 = MakeFamily<float64, &LSLiteral::AsFloat64, &LSLiteral::AsFloat64>(
+    {"float64", "float64"}, &LSLiteral::CoercibleToFloat64);
+const Family s_char = MakeFamily<xchar, &LSLiteral::AsChar, &LSLiteral::AsChar>(
+    {"char", "char"}, &LSLiteral::CoercibleToChar);
+const Family s_string = MakeFamily<xstring, &LSLiteral::AsString, &LSLiteral::AsString>(
+    {"string", "string"}, &LSLiteral::CoercibleToString);
 
 struct ConversionRow {
     LSLiteral source;
