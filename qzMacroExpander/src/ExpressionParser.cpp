@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "qzMacroExpander/src/ScannerErrors.h"
+
 // A rule of the grammar keeps nothing in its stack frame but its arguments, so that brackets can
 // nest deeply: one level of them is a frame of every rule. Whatever needs room, the literal of a
 // right operand above all, lives in a helper that is marked noinline.
@@ -27,23 +29,17 @@ namespace {
     Throw(parser, e.m_description.c_str());
 }
 
-[[noreturn, gnu::cold, gnu::noinline]] void ThrowUnexpected(const ParserBase& parser) {
-    StringStream os(4096);
-    os << "Unexpected " << parser.m_token << " after " << parser.m_prevToken << " in expression";
-    throw LexScannerException(os.GetString(), parser.m_token);
+[[noreturn]] void ThrowUnexpected(const ParserBase& parser) {
+    ThrowScannerError(parser.m_token, "Unexpected ", parser.m_token, " after ", parser.m_prevToken,
+                      " in expression");
 }
 
-[[noreturn, gnu::cold, gnu::noinline]] void ThrowWhenRead(const ParserBase& parser,
-                                                          ConstStringZ expectedWhenRead) {
-    StringStream os(4096);
-    os << expectedWhenRead << parser.m_token;
-    throw LexScannerException(os.GetString(), parser.m_token);
+[[noreturn]] void ThrowWhenRead(const ParserBase& parser, ConstStringZ expectedWhenRead) {
+    ThrowScannerError(parser.m_token, expectedWhenRead, parser.m_token);
 }
 
-[[noreturn, gnu::cold, gnu::noinline]] void ThrowLogOf(const ParserBase& parser, float64 value) {
-    StringStream os(4096);
-    os << "Can't take log of value " << value;
-    throw LexScannerException(os.GetString(), parser.m_token);
+[[noreturn]] void ThrowLogOf(const ParserBase& parser, float64 value) {
+    ThrowScannerError(parser.m_token, "Can't take log of value ", value);
 }
 
 }  // namespace
@@ -200,8 +196,8 @@ struct BinaryOperator {
 
 using P = ExpressionParser;
 
+// clang-format off
 constexpr BinaryOperator s_binaryOperators[] = {
-    // clang-format off
     {LOGICAL_OR,     TOKEN_DBL_VLINE,     &P::ParseLogicalAndExpression,     operator||  },
     {LOGICAL_AND,    TOKEN_DBL_AMPERSAND, &P::ParseBitwiseOrExpression,      operator&&  },
     {BITWISE_OR,     TOKEN_VLINE,         &P::ParseBitwiseExOrExpression,    operator|   },
@@ -221,8 +217,8 @@ constexpr BinaryOperator s_binaryOperators[] = {
     {MULTIPLICATIVE, TOKEN_FORWARD_SLASH, &P::ParsePowerExpression,          operator/   },
     {MULTIPLICATIVE, TOKEN_PERCENT,       &P::ParsePowerExpression,          operator%   },
     {POWER,          TOKEN_DBL_CARET,     &P::ParseUnaryExpression,          Power       },
-               // clang-format on
-              };
+};
+// clang-format on
 
 struct AssignmentOperator {
     EToken token;
@@ -233,23 +229,24 @@ LSLiteral RightOperand(const LSLiteral&, const LSLiteral& y) {
     return y;
 }
 
+// clang-format off
 constexpr AssignmentOperator s_assignmentOperators[] = {
-    {TOKEN_EQUAL, RightOperand}, {TOKEN_PLUS_EQUAL, operator+ },
-                                  {TOKEN_MINUS_EQUAL, operator- },
-                                   {TOKEN_ASTERISK_EQUAL, operator* },
-                                    {TOKEN_SLASH_EQUAL, operator/ },
-                                     {TOKEN_PERCENT_EQUAL, operator% },
-                                      {TOKEN_AMPERSAND_EQUAL, operator& },
-                                       {TOKEN_VLINE_EQUAL, operator| },
-                                        {TOKEN_CARET_EQUAL, operator^ },
-                                         {TOKEN_DBL_LESS_EQUAL, operator<< },
-                                          {TOKEN_DBL_GREATER_EQUAL, operator>> },
-                                           {TOKEN_DBL_AMPERSAND_EQUAL, operator&& },
-                                            {
-                                                TOKEN_DBL_VLINE_EQUAL,
-                                                operator|| },
-                                                {TOKEN_DBL_CARET_EQUAL, Power},
-                                           };
+    {TOKEN_EQUAL,               RightOperand},
+    {TOKEN_PLUS_EQUAL,          operator+   },
+    {TOKEN_MINUS_EQUAL,         operator-   },
+    {TOKEN_ASTERISK_EQUAL,      operator*   },
+    {TOKEN_SLASH_EQUAL,         operator/   },
+    {TOKEN_PERCENT_EQUAL,       operator%   },
+    {TOKEN_AMPERSAND_EQUAL,     operator&   },
+    {TOKEN_VLINE_EQUAL,         operator|   },
+    {TOKEN_CARET_EQUAL,         operator^   },
+    {TOKEN_DBL_LESS_EQUAL,      operator<<  },
+    {TOKEN_DBL_GREATER_EQUAL,   operator>>  },
+    {TOKEN_DBL_AMPERSAND_EQUAL, operator&&  },
+    {TOKEN_DBL_VLINE_EQUAL,     operator||  },
+    {TOKEN_DBL_CARET_EQUAL,     Power       },
+};
+// clang-format on
 
 struct PrefixOperator {
     EToken token;
@@ -260,13 +257,14 @@ LSLiteral Not(const LSLiteral& x) {
     return !x;
 }
 
-constexpr PrefixOperator s_prefixOperators[] = {{TOKEN_PLUS, operator+ },
-                                                 {TOKEN_MINUS, operator- },
-                                                  {
-                                                      TOKEN_TILDE,
-                                                      operator~},
-                                                      {TOKEN_EXCLAM, Not},
-                                                 };
+// clang-format off
+constexpr PrefixOperator s_prefixOperators[] = {
+    {TOKEN_PLUS,   operator+},
+    {TOKEN_MINUS,  operator-},
+    {TOKEN_TILDE,  operator~},
+    {TOKEN_EXCLAM, Not      },
+};
+// clang-format on
 
 // The entry of a table for a token, or null.
 template <class Entry, std::size_t n>
@@ -484,11 +482,11 @@ void ReadString(const LSToken& token, LSLiteral& literal) {
 }
 
 constexpr LiteralToken s_literalTokens[] = {
-    {TOKEN_INTEGER, ReadInteger},
-    {TOKEN_HEX_INTEGER, ReadHexInteger},
-    {TOKEN_FLOAT, ReadFloat},
-    {TOKEN_SINGLE_QUOTED_STRING, ReadString},
-    {TOKEN_DOUBLE_QUOTED_STRING, ReadString},
+    {TOKEN_INTEGER,              ReadInteger   },
+    {TOKEN_HEX_INTEGER,          ReadHexInteger},
+    {TOKEN_FLOAT,                ReadFloat     },
+    {TOKEN_SINGLE_QUOTED_STRING, ReadString    },
+    {TOKEN_DOUBLE_QUOTED_STRING, ReadString    },
 };
 
 [[gnu::noinline]] void ParseLiteralToken(ExpressionParser& parser, LSLiteral& literal) {
@@ -553,7 +551,7 @@ LSLiteral Line(Parser parser, Argument) {
 }
 
 constexpr BuiltInName s_builtInNames[] = {
-    // clang-format off
+  // clang-format off
     {"false",     BARE,    [](Parser, Argument)   -> LSLiteral { return false; }},
     {"true",      BARE,    [](Parser, Argument)   -> LSLiteral { return true; }},
     {"len",       BRACKET, [](Parser, Argument x) -> LSLiteral { return x.GetLength(); }},
@@ -574,7 +572,7 @@ constexpr BuiltInName s_builtInNames[] = {
     {"log", FLOAT_ARGUMENT, Log},
     {"__FILE__",  BARE,    File},
     {"__LINE__",  BARE,    Line},
-    // clang-format on
+  // clang-format on
 };
 
 const BuiltInName& FindBuiltInName(const ParserBase& parser) {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "qzMacroExpander/src/ThrowAt.h"
+#include "qzMacroExpander/src/ScannerErrors.h"
 #include "qzUtils/StringExt.h"
 
 namespace vorn {
@@ -182,7 +182,7 @@ EToken ScanFourForms(SubString& s, uint8 column) {
     if (!ScanByte(s, '='))
         return tokens3[column];
     if (tokens4[column] == TOKEN_UNDEF)
-        ThrowAt(s.m_p1, "Invalid token ", SubString(start, s.m_p1));
+        ThrowScannerError(s, "Invalid token ", SubString(start, s.m_p1));
     return tokens4[column];
 }
 
@@ -258,7 +258,7 @@ EToken LsScanTokenHelper(SubString& s) {
     case START_NOTHING:
         break;
     }
-    ThrowAt(s.m_p1, "Bad token ", *s);
+    ThrowScannerError(s, "Bad token ", *s);
 }
 
 void ReadGivenToken(SubString& s, EToken type, ConstStringZ desc) {
@@ -275,7 +275,7 @@ namespace {
 EToken ScanHexDigits(SubString& s) {
     ++s;
     if (!s || !IsHexDigit(*s))
-        ThrowAt(s.m_p1, "Expected hex digit (not ", Readable(s), ") after 0x");
+        ThrowScannerError(s, "Expected hex digit (not ", Readable(s), ") after 0x");
     while (s && IsHexDigit(*s))
         ++s;
     return TOKEN_HEX_INTEGER;
@@ -285,8 +285,9 @@ EToken ScanHexDigits(SubString& s) {
 void ScanFraction(SubString& s, const xchar* start) {
     ++s;
     if (!s || !IsDigit(*s))
-        ThrowAt(s.m_p1, "Expected digit (not ", Readable(s),
-                ") after decimal point (ie after reading '", SubString(start, s.m_p1), "')");
+        ThrowScannerError(s, "Expected digit (not ", Readable(s),
+                          ") after decimal point (ie after reading '", SubString(start, s.m_p1),
+                          "')");
     ScanDigits(s);
 }
 
@@ -296,8 +297,8 @@ void ScanExponent(SubString& s, const xchar* start) {
     if (!ScanByte(s, '+'))
         ScanByte(s, '-');
     if (!s || !IsDigit(*s))
-        ThrowAt(s.m_p1, "Expected digit(s) (not ", Readable(s), ") for exponent after reading ",
-                SubString(start, s.m_p1));
+        ThrowScannerError(s, "Expected digit(s) (not ", Readable(s),
+                          ") for exponent after reading ", SubString(start, s.m_p1));
     ScanDigits(s);
 }
 
@@ -328,7 +329,7 @@ bool LsScanLiteralString(SubString& s, xchar delimiter, ConstStringZ name) {
         return false;
     s += raw ? 2 : 1;
     if (!s)
-        ThrowAt(s.m_p1, "Met EOS within ", name);
+        ThrowScannerError(s, "Met EOS within ", name);
     while (s) {
         const xchar c = *s;
         if (c == delimiter) {
@@ -336,25 +337,25 @@ bool LsScanLiteralString(SubString& s, xchar delimiter, ConstStringZ name) {
             return true;
         }
         if (c == '\n')
-            ThrowAt(s.m_p1, "Met line feed within ", name, " after reading ",
-                    SubString(start, s.m_p1));
+            ThrowScannerError(s, "Met line feed within ", name, " after reading ",
+                              SubString(start, s.m_p1));
         if (raw || !LsScanEscapeCharacter(s))
             ++s;
     }
-    ThrowAt(s.m_p1, "Met EOS within ", name, " after reading ", SubString(start, s.m_p1));
+    ThrowScannerError(s, "Met EOS within ", name, " after reading ", SubString(start, s.m_p1));
 }
 
 bool LsScanLiteralCharacter(SubString& s) {
     if (!ScanByte(s, '\''))
         return false;
     if (!s || *s == '\t' || *s == '\n' || *s == '\r' || *s == '\'')
-        ThrowAt(s.m_p1, "Read ", Readable(s),
-                " while trying to read literal character enclosed in single quotes");
+        ThrowScannerError(s, "Read ", Readable(s),
+                          " while trying to read literal character enclosed in single quotes");
     if (!LsScanEscapeCharacter(s))
         ++s;
     if (!ScanByte(s, '\''))
-        ThrowAt(s.m_p1, "Expected second single quote (not ", Readable(s),
-                ") for literal character");
+        ThrowScannerError(s, "Expected second single quote (not ", Readable(s),
+                          ") for literal character");
     return true;
 }
 
@@ -363,10 +364,10 @@ namespace {
 // Reads one of the two digits of \x.
 xchar ScanHexDigitOfEscape(SubString& s) {
     if (!s)
-        ThrowAt(s.m_p1, "Expected hex character when reached EOS");
+        ThrowScannerError(s, "Expected hex character when reached EOS");
     const xchar c = *s;
     if (!IsHexDigit(c))
-        ThrowAt(s.m_p1, "Expected hex character when read ", Readable(s));
+        ThrowScannerError(s, "Expected hex character when read ", Readable(s));
     ++s;
     return c;
 }
@@ -377,7 +378,7 @@ bool LsScanEscapeCharacter(SubString& s) {
     if (!ScanByte(s, '\\'))
         return false;
     if (!s)
-        ThrowAt(s.m_p1, "Expected escape character following backslash when reached EOS");
+        ThrowScannerError(s, "Expected escape character following backslash when reached EOS");
     if (ScanByte(s, 'x')) {
         ScanHexDigitOfEscape(s);
         ScanHexDigitOfEscape(s);
@@ -385,7 +386,7 @@ bool LsScanEscapeCharacter(SubString& s) {
     }
     xchar unused;
     if (!MapEscapeCharacter(*s, unused))
-        ThrowAt(s.m_p1, "Invalid escape character ", Readable(s), " following backslash");
+        ThrowScannerError(s, "Invalid escape character ", Readable(s), " following backslash");
     ++s;
     return true;
 }
@@ -422,7 +423,7 @@ bool LsScanComment(SubString& s) {
     const xchar* const end = FindEndOfComment(s.m_p1 + 2, s.m_p2);
     s.setbegin(end != nullptr ? end : s.m_p2);
     if (end == nullptr)
-        ThrowAt(s.m_p1, "Met EOS in middle of /* ... */ comment");
+        ThrowScannerError(s, "Met EOS in middle of /* ... */ comment");
     return true;
 }
 
@@ -509,7 +510,7 @@ void UnstringifyPlainBytes(SubString& s, xchar delimiter, xostream& os) {
 // Writes what an escape stands for; its backslash has been read.
 void UnstringifyEscape(SubString& s, xostream& os) {
     if (!s)
-        ThrowAt(s.m_p1, "Met EOS in middle of string");
+        ThrowScannerError(s, "Met EOS in middle of string");
     if (ScanByte(s, 'x')) {
         const int high = MapHexDigit(ScanHexDigitOfEscape(s));
         os << static_cast<xchar>(high * 16 + MapHexDigit(ScanHexDigitOfEscape(s)));
@@ -517,7 +518,7 @@ void UnstringifyEscape(SubString& s, xostream& os) {
     }
     xchar c = *s;
     if (!MapEscapeCharacter(*s, c))
-        ThrowAt(s.m_p1, c, "is not a valid escape character");
+        ThrowScannerError(s, c, "is not a valid escape character");
     ++s;
     os << c;
 }
@@ -526,21 +527,21 @@ void UnstringifyEscape(SubString& s, xostream& os) {
 
 void UnstringifyQuotedString(SubString s, xostream& os) {
     if (!s)
-        ThrowAt(s.m_p1, "Expected quoted string");
+        ThrowScannerError(s, "Expected quoted string");
     const xchar delimiter = *s;
     if (delimiter != '"' && delimiter != '\'')
-        ThrowAt(s.m_p1, s, " isn't a quoted string");
+        ThrowScannerError(s, s, " isn't a quoted string");
     ++s;
     if (!s)
-        ThrowAt(s.m_p1, "Expected quoted string");
+        ThrowScannerError(s, "Expected quoted string");
     while (true) {
         UnstringifyPlainBytes(s, delimiter, os);
         if (!s)
-            ThrowAt(s.m_p1, "Met EOS in middle of string");
+            ThrowScannerError(s, "Met EOS in middle of string");
         if (*s == delimiter)
             return;
         if (*s == '\n')
-            ThrowAt(s.m_p1, "Met end of line in middle of string");
+            ThrowScannerError(s, "Met end of line in middle of string");
         ++s;
         UnstringifyEscape(s, os);
     }

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "qzMacroExpander/LSToken.h"
-#include "qzMacroExpander/src/ThrowAt.h"
+#include "qzMacroExpander/src/ScannerErrors.h"
 #include "qzUtils/StringExt.h"
 
 namespace vorn {
@@ -52,7 +52,7 @@ EToken ClosingBracket(EToken type) {
 }
 
 [[noreturn]] void ThrowEosInArgument(SubString s, const xchar* start) {
-    ThrowAt(s.m_p1, "Met EOS while reading argument ", SubString(start, s.m_p1));
+    ThrowScannerError(s, "Met EOS while reading argument ", SubString(start, s.m_p1));
 }
 
 // Reads what stands between back quotes. Nothing in it is interpreted.
@@ -103,7 +103,7 @@ void ReadInitialBracket(SubString& s, EToken leftBracket) {
                        : leftBracket == TOKEN_LEFT_CURLY  ? '{'
                        : leftBracket == TOKEN_LEFT_SQUARE ? '['
                                                           : '\0';
-    ThrowAt(token.m_str.m_p1, name, " expected when read ", token);
+    ThrowScannerError(token, name, " expected when read ", token);
 }
 
 }  // namespace
@@ -116,7 +116,7 @@ SubString ScanBrackettedSection(SubString& s, bool readInitialBracket, EToken le
     const xchar* const begin = s.m_p1;
     const EndOfText end = ScanToClosingBracket(s, leftBracket, rightBracket);
     if (end.bracket == TOKEN_END)
-        ThrowAt(s.m_p1, "Met EOS while reading bracketted section");
+        ThrowScannerError(s, "Met EOS while reading bracketted section");
     return SubString(begin, end.contentEnd);
 }
 
@@ -155,20 +155,20 @@ void PassOverBlanksOnLine(SubString& s) {
 }
 
 [[noreturn]] void ThrowExpectedLeftBracket(const BlockBrackets& brackets, const LSToken& token) {
-    ThrowAt(token.m_str.m_p1, "Expected ", brackets.leftName, " when read ", token);
+    ThrowScannerError(token, "Expected ", brackets.leftName, " when read ", token);
 }
 
 // The rest of a block whose bracket stands on the line where the block was looked for. Nothing is
 // trimmed from the text but the line end behind the bracket.
 SubString ScanBlockFromSameLine(SubString& s, const BlockBrackets& brackets) {
     if (!s)
-        ThrowAt(s.m_p1, "Met EOS before closing ", brackets.rightName);
+        ThrowScannerError(s, "Met EOS before closing ", brackets.rightName);
     PassOver(s, '\r');
     PassOver(s, '\n');
     const xchar* const begin = s.m_p1;
     const EndOfText end = ScanToClosingBracket(s, brackets.left, brackets.right);
     if (end.bracket == TOKEN_END)
-        ThrowAt(s.m_p1, "Met EOS while reading bracketted string");
+        ThrowScannerError(s, "Met EOS while reading bracketted string");
     return SubString(begin, end.bracket.m_str.m_p1);
 }
 
@@ -205,7 +205,7 @@ SubString ScanBlockFromLaterLine(SubString& s, ssize_t& indentation,
     const EndOfText end = ScanToClosingBracket(s, brackets.left, brackets.right);
     // Kept: the wording differs from that for a bracket on the same line.
     if (end.bracket == TOKEN_END)
-        ThrowAt(s.m_p1, "Met EOS before closing ", brackets.rightName);
+        ThrowScannerError(s, "Met EOS before closing ", brackets.rightName);
     return SubString(begin, EndInFrontOfBracket(begin, end.bracket.m_str.m_p1));
 }
 
@@ -218,7 +218,7 @@ SubString ScanStringBlock(SubString& s, ssize_t& indentation, EToken leftBracket
     indentation = 0;
     PassOverBlanksOnLine(s);
     if (!s)
-        ThrowAt(s.m_p1, "Expected ", leftBracketName, " when read EOS");
+        ThrowScannerError(s, "Expected ", leftBracketName, " when read EOS");
     if (*s == '\n')
         return ScanBlockFromLaterLine(s, indentation, brackets);
     const xchar* const begin = s.m_p1;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "qzMacroExpander/LSToken.h"
+#include "ScannerErrors.h"
 #include "qzUtils/StringStream.h"
 
 namespace vorn {
@@ -111,9 +111,7 @@ void LSVariableList::WriteToStream(xostream& os) const {
 namespace {
 
 [[noreturn]] void ThrowAmbiguous(SubString name, const xchar* pos) {
-    StringStream os(4096);
-    os << "Ambiguous macro name : " << name;
-    throw LexScannerException(os.GetString(), pos);
+    ThrowScannerError(pos, "Ambiguous macro name : ", name);
 }
 
 }  // namespace

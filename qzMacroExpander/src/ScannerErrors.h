@@ -12,8 +12,8 @@ namespace vorn {
 // Throws a LexScannerException whose message is the parts in turn. where is an address, a text or
 // a token, which stand for their start.
 template <class Where, class... Parts>
-[[noreturn, gnu::cold, gnu::noinline]] void ThrowScannerError(const Where& where,
-                                                              const Parts&... parts) {
+[[noreturn, gnu::cold, gnu::noinline, gnu::visibility("hidden")]] void
+ThrowScannerError(const Where& where, const Parts&... parts) {
     StringStream os(4096);
     (os << ... << parts);
     throw LexScannerException(os.GetString(), where);
@@ -21,7 +21,8 @@ template <class Where, class... Parts>
 
 // Appends the parts to the message of an error that passes.
 template <class... Parts>
-[[gnu::cold, gnu::noinline]] void AddContext(LexScannerException& e, const Parts&... parts) {
+[[gnu::cold, gnu::noinline, gnu::visibility("hidden")]] void AddContext(LexScannerException& e,
+                                                                        const Parts&... parts) {
     StringStream os(4096);
     (os << ... << parts);
     e.m_description += os.GetString();
