@@ -189,6 +189,7 @@ private:
     LSVariable* FindInIndex(SubString name) const;
     void AddToIndex(LSVariable* var);
 
+    ssize_t m_size = 0;              // variables on the list, hidden ones included
     std::unique_ptr<Index> m_index;  // the same as m_map, once there are many
 };
 

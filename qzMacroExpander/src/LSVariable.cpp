@@ -59,9 +59,10 @@ LSVariableList::~LSVariableList() {
 
 namespace {
 
-// From how many names on a list has an index. Calls of macros have fewer arguments than this, and
-// their frames are searched faster by walking the list.
-constexpr std::size_t s_namesWithoutIndex = 8;
+// How many variables a list has without an index. Calls of macros have fewer arguments than this,
+// and their frames are searched faster by walking the list. Hidden variables count, since they are
+// walked over too: a naked macro adds its arguments to one frame with every call.
+constexpr ssize_t s_variablesWithoutIndex = 8;
 
 std::string_view Key(SubString name) {
     return {name.m_p1, static_cast<std::size_t>(name.size())};
@@ -69,17 +70,18 @@ std::string_view Key(SubString name) {
 
 }  // namespace
 
+// The list owns the variable before anything can throw: no look-up then finds one that is gone.
 void LSVariableList::Add(LSVariable* var) {
-    std::unique_ptr<LSVariable> owner(var);
-    AddToIndex(var);
-    m_map[var->m_name] = var;
     var->m_next = m_first;
-    m_first = owner.release();
+    m_first = var;
+    ++m_size;
+    m_map[var->m_name] = var;
+    AddToIndex(var);
 }
 
 void LSVariableList::AddToIndex(LSVariable* var) {
     if (m_index == nullptr) {
-        if (m_map.size() < s_namesWithoutIndex)
+        if (m_size <= s_variablesWithoutIndex)
             return;
         auto index = std::make_unique<Index>();
         for (const auto& [name, variable] : m_map)

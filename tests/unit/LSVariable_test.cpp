@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
+#include <map>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +14,31 @@
 #include "qzMacroExpander/LSToken.h"
 #include "qzUtils/StringStream.h"
 #include "tests/support/Text.h"
+
+namespace {
+
+// The number of allocations after which one fails; -1 where none does.
+int s_allocationsLeft = -1;
+
+}  // namespace
+
+// Kept out of line, where the compiler does not pair them up with each other.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    if (s_allocationsLeft == 0)
+        throw std::bad_alloc();
+    if (s_allocationsLeft > 0)
+        --s_allocationsLeft;
+    void* p = std::malloc(size);
+    if (p == nullptr)
+        throw std::bad_alloc();
+    return p;
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept {
+    std::free(p);
+}
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept {
+    std::free(p);
+}
 
 namespace vorn_test {
 namespace {
@@ -272,6 +300,67 @@ TEST(LSVariableList, OrdersNamesByTheirBytes) {
         names.push_back(Str(name));
     EXPECT_EQ(names,
               (std::vector<std::string>{"B", "a", std::string("a\0", 2), "ab", "b", "\xe4"}));
+}
+
+TEST(LSVariableList, FindsTheNewestOfANameInAListOfAnyLength) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 40; ++i)
+        names.push_back("name" + std::to_string(i % 20));
+    LSVariableList list;
+    std::map<std::string, LSVariable*> newest;
+    for (const std::string& name : names) {
+        LSVariable* var = NewValue(SubString(name.data(), name.data() + name.size()), "");
+        list.Add(var);
+        newest[name] = var;
+        for (const auto& [known, expected] : newest)
+            EXPECT_EQ(list.Find(known.c_str()), expected) << known << " behind " << name;
+        EXPECT_EQ(list.Find("name"), nullptr);
+        EXPECT_EQ(list.Find("name20"), nullptr);
+    }
+}
+
+TEST(LSVariableList, FindsAHiddenNamesNeighboursInALongList) {
+    LSVariableList list;
+    LSVariable* first = NewValue("first", "");
+    list.Add(first);
+    LSVariable* last = nullptr;
+    for (int i = 0; i < 20; ++i) {
+        last = NewValue("again", "");
+        list.Add(last);
+        EXPECT_EQ(list.Find("first"), first) << i;
+        EXPECT_EQ(list.Find("again"), last) << i;
+    }
+}
+
+TEST(LSVariableList, OwnsWhatIsAddedEvenWhereMemoryRunsOut) {
+    const std::string names = "abcdefghijklmnop";
+    for (int allocations = 0; allocations < 40; ++allocations) {
+        std::vector<std::string> ends;
+        ends.reserve(names.size());
+        std::vector<LSVariable*> added;
+        for (const char& name : names)
+            added.push_back(new Mortal(SubString(&name, &name + 1), ends));
+        {
+            LSVariableList list;
+            s_allocationsLeft = allocations;
+            std::size_t failures = 0;
+            for (LSVariable* var : added) {
+                try {
+                    list.Add(var);
+                } catch (const std::bad_alloc&) {
+                    ++failures;
+                    s_allocationsLeft = -1;
+                }
+            }
+            s_allocationsLeft = -1;
+            EXPECT_LE(failures, 1U);
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                LSVariable* found = list.Find(SubString(&names[i], &names[i] + 1));
+                EXPECT_TRUE(found == added[i] || found == nullptr) << names[i];
+            }
+        }
+        EXPECT_EQ(ends.size(), names.size());
+    }
 }
 
 TEST(LSVariableList, DumpsTheNewestFirst) {
