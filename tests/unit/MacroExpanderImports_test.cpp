@@ -183,12 +183,14 @@ TEST(Import, FailsWhereNoPathStands) {
 }
 
 TEST(Import, FailsInItsExpressionAtTheDirective) {
+    // clang-format off
     const Failure rows[] = {
-        {"x @import(1)",         "No implicit conversion from int64 to string\n    in @import(1)", 2},
-        {"x @import()",          "Unexpected ) after ( in expression\n    in @import()",           2},
+        {"x @import(1)", "No implicit conversion from int64 to string\n    in @import(1)", 2},
+        {"x @import()", "Unexpected ) after ( in expression\n    in @import()", 2},
         {"@import(\"a\" \"b\")",
-         "Expected ) after \"a\" when read \"b\" in expression\n    in @import(\"a\" \"b\")",      0},
+         "Expected ) after \"a\" when read \"b\" in expression\n    in @import(\"a\" \"b\")", 0},
     };
+    // clang-format on
     ExpectErrors(rows);
 }
 
@@ -243,11 +245,13 @@ TEST(ImportPath, HandsThePathToTheHandlerWithThePlaceBehindItsName) {
 }
 
 TEST(ImportPath, FailsWhereNoPathStands) {
+    // clang-format off
     const Failure rows[] = {
-        {"@importpath 'a'", "Quoted string expected after 'importpath' when read 'a'",            12},
-        {"@importpath",     "Quoted string expected after 'importpath' when read EOS",            11},
-        {"@importpath(1)",  "No implicit conversion from int64 to string\n    in @importpath(1)", 0 },
+        {"@importpath 'a'", "Quoted string expected after 'importpath' when read 'a'", 12},
+        {"@importpath", "Quoted string expected after 'importpath' when read EOS", 11},
+        {"@importpath(1)", "No implicit conversion from int64 to string\n    in @importpath(1)", 0},
     };
+    // clang-format on
     ExpectErrors(rows);
 }
 
@@ -306,16 +310,18 @@ TEST(RelativePath, NeedsNoHandlerAndWorksInNestedTexts) {
 }
 
 TEST(RelativePath, ReportsTheFirstArgumentBeforeItLooksAtTheSecond) {
+    // clang-format off
     const Failure rows[] = {
-        {"@relativepath 1",               "( expected after @relativepath when read 1",            14},
-        {"@relativepath",                 "( expected after @relativepath when read EOS",          13},
-        {R"(@relativepath("a"))",         "Comma expected in @relativepath directive when read )", 17},
-        {R"(@relativepath("a","b","c"))", ") expected  in @relativepath directive when read ,",    21},
+        {"@relativepath 1", "( expected after @relativepath when read 1", 14},
+        {"@relativepath", "( expected after @relativepath when read EOS", 13},
+        {R"(@relativepath("a"))", "Comma expected in @relativepath directive when read )", 17},
+        {R"(@relativepath("a","b","c"))", ") expected  in @relativepath directive when read ,", 21},
         {R"(x @relativepath(1,"b","c"))",
-         "No implicit conversion from int64 to string\n    in @relativepath(1)",                   2 },
+         "No implicit conversion from int64 to string\n    in @relativepath(1)", 2},
         {R"(x @relativepath("a",2))",
-         "No implicit conversion from int64 to string\n    in @relativepath(2)",                   2 },
+         "No implicit conversion from int64 to string\n    in @relativepath(2)", 2},
     };
+    // clang-format on
     ExpectErrors(rows);
 }
 

@@ -252,20 +252,23 @@ TEST(ProjectErrors, AreReportedOnceForEachLevelInnermostFirst) {
 }
 
 TEST(ProjectErrors, AreLocatedWhereTheyLie) {
-    struct {
+    struct Located {
         const char* text;
         int line;
         const char* message;
-    } const rows[] = {
-        {"a\n  @fail(\"no\")\n",                   2, "no"                                                       },
-        {"a\n@import \"b.txt\"\n",                 2, "Couldn't open file b.txt"                                 },
-        {"a\n\n@import('b' + '.txt')\n",           3, "Couldn't open file b.txt"                                 },
-        {"\n@import 'b'\n",                        2, "Quoted string expected after 'import' when read 'b'"      },
-        {"a\n@if (true",                           2, "Met EOS while reading bracketted section"                 },
-        {"\n@def m = {\n'\n}",                     3, "Met line feed within single quoted string after reading '"},
-        {"@def m = {\n\n @fail(\"no\")\n}\n\nm\n", 3, "no\n    invoking macro m"                                 },
     };
-    for (const auto& row : rows) {
+    // clang-format off
+    const Located rows[] = {
+        {"a\n  @fail(\"no\")\n", 2, "no"},
+        {"a\n@import \"b.txt\"\n", 2, "Couldn't open file b.txt"},
+        {"a\n\n@import('b' + '.txt')\n", 3, "Couldn't open file b.txt"},
+        {"\n@import 'b'\n", 2, "Quoted string expected after 'import' when read 'b'"},
+        {"a\n@if (true", 2, "Met EOS while reading bracketted section"},
+        {"\n@def m = {\n'\n}", 3, "Met line feed within single quoted string after reading '"},
+        {"@def m = {\n\n @fail(\"no\")\n}\n\nm\n", 3, "no\n    invoking macro m"},
+    };
+    // clang-format on
+    for (const Located& row : rows) {
         FolderProject project;
         project.m_folder.Write("main.txt", row.text);
         EXPECT_EQ(project.AddFile("main.txt"), nullptr) << row.text;
