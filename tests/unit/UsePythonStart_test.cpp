@@ -1,5 +1,7 @@
 #include "qzMacroExpander/src/UsePython.h"
 
+#include <gmock/gmock.h>
+
 #include <csignal>
 #include <utility>
 #include <vector>

@@ -1,5 +1,6 @@
 #include "qzMacroExpander/src/UsePython.h"
 
+#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
