@@ -293,10 +293,10 @@ TEST(ExpressionParser, TheConditionIsTestedForABoolBehindBothBranches) {
     });
 }
 
-TEST(ExpressionParser, TheMiddleOfAConditionalIsAWholeExpression) {
+TEST(ExpressionParser, TheMiddleOfAConditionalIsAWholeExpressionAndItsEndIsNot) {
     ExpectResults({
-        {"true ? 1 = 2 : 3", "Can't assign to int64 r-value at 13"},
-        {"true ? 1 : 2 = 3", "Can't assign to int64 r-value at 16"},
+        {"true ? 1 = 2 : 3",   "Can't assign to int64 r-value at 13"},
+        {"true ? 1 : 'a' = 3", "Can't assign to int64 r-value at 18"},
     });
 }
 

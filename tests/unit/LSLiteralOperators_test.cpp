@@ -422,6 +422,7 @@ TEST(LSLiteralOperators, TheEmptyStringIsLessThanEveryOther) {
 
 TEST(LSLiteralOperators, IntsWithoutAnExactFloatAreStillComparedExactly) {
     EXPECT_TRUE(IsLess(9007199254740992, 9007199254740993));
+    EXPECT_FALSE(IsLessThanOrEqual(9007199254740993, 9007199254740992));
     EXPECT_FALSE(IsEqual(9007199254740992, 9007199254740993));
     EXPECT_TRUE(IsEqual(9007199254740992.0, 9007199254740993));
     EXPECT_TRUE(IsLess(s_lowest, s_highest));
