@@ -47,7 +47,7 @@ public:
 
     // ---- the grammar ---------------------------------------------------------------------------
     //
-    // REQUIRES, for each rule: literal is undef.
+    // Each rule replaces the value of its literal by that of what it reads.
 
     // Any expression.
     void ParseExpression(LSLiteral& literal);

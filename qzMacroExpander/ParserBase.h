@@ -1,7 +1,7 @@
 // A reader that takes a text token by token and is always one token ahead.
 //
-// The tokens are views: the text must outlive the parser, and for as long as the position of an
-// error is used, the error too. One thread at a time may use a parser. After an exception it is
+// The tokens are views, and so are the positions of errors: the text must stay where it is for as
+// long as any of them is used. One thread at a time may use a parser. After an exception it is
 // not used again. What the scanner throws passes through every operation that reads.
 #pragma once
 

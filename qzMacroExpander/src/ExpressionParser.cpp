@@ -81,56 +81,58 @@ T Parse(ExpressionParser& parser, Conversion<T> conversion, bool allowDataLoss,
 
 }  // namespace
 
-bool ExpressionParser::ParseBool(bool loss) {
-    return Parse<bool>(*this, &LSLiteral::AsBool, loss, "Expected bool when read ");
+bool ExpressionParser::ParseBool(bool allowDataLoss) {
+    return Parse<bool>(*this, &LSLiteral::AsBool, allowDataLoss, "Expected bool when read ");
 }
 
-int8 ExpressionParser::ParseInt8(bool loss) {
-    return Parse<int8>(*this, &LSLiteral::AsInt8, loss, "Expected int8 when read ");
+int8 ExpressionParser::ParseInt8(bool allowDataLoss) {
+    return Parse<int8>(*this, &LSLiteral::AsInt8, allowDataLoss, "Expected int8 when read ");
 }
 
-int16 ExpressionParser::ParseInt16(bool loss) {
-    return Parse<int16>(*this, &LSLiteral::AsInt16, loss, "Expected int16 when read ");
+int16 ExpressionParser::ParseInt16(bool allowDataLoss) {
+    return Parse<int16>(*this, &LSLiteral::AsInt16, allowDataLoss, "Expected int16 when read ");
 }
 
-int32 ExpressionParser::ParseInt32(bool loss) {
-    return Parse<int32>(*this, &LSLiteral::AsInt32, loss, "Expected int32 when read ");
+int32 ExpressionParser::ParseInt32(bool allowDataLoss) {
+    return Parse<int32>(*this, &LSLiteral::AsInt32, allowDataLoss, "Expected int32 when read ");
 }
 
-int64 ExpressionParser::ParseInt64(bool loss) {
-    return Parse<int64>(*this, &LSLiteral::AsInt64, loss, "Expected int64 when read ");
+int64 ExpressionParser::ParseInt64(bool allowDataLoss) {
+    return Parse<int64>(*this, &LSLiteral::AsInt64, allowDataLoss, "Expected int64 when read ");
 }
 
-uint8 ExpressionParser::ParseUInt8(bool loss) {
-    return Parse<uint8>(*this, &LSLiteral::AsUInt8, loss, "Expected uint8 when read ");
+uint8 ExpressionParser::ParseUInt8(bool allowDataLoss) {
+    return Parse<uint8>(*this, &LSLiteral::AsUInt8, allowDataLoss, "Expected uint8 when read ");
 }
 
-uint16 ExpressionParser::ParseUInt16(bool loss) {
-    return Parse<uint16>(*this, &LSLiteral::AsUInt16, loss, "Expected uint16 when read ");
+uint16 ExpressionParser::ParseUInt16(bool allowDataLoss) {
+    return Parse<uint16>(*this, &LSLiteral::AsUInt16, allowDataLoss, "Expected uint16 when read ");
 }
 
-uint32 ExpressionParser::ParseUInt32(bool loss) {
-    return Parse<uint32>(*this, &LSLiteral::AsUInt32, loss, "Expected uint32 when read ");
+uint32 ExpressionParser::ParseUInt32(bool allowDataLoss) {
+    return Parse<uint32>(*this, &LSLiteral::AsUInt32, allowDataLoss, "Expected uint32 when read ");
 }
 
-uint64 ExpressionParser::ParseUInt64(bool loss) {
-    return Parse<uint64>(*this, &LSLiteral::AsUInt64, loss, "Expected uint64 when read ");
+uint64 ExpressionParser::ParseUInt64(bool allowDataLoss) {
+    return Parse<uint64>(*this, &LSLiteral::AsUInt64, allowDataLoss, "Expected uint64 when read ");
 }
 
-float32 ExpressionParser::ParseFloat32(bool loss) {
-    return Parse<float32>(*this, &LSLiteral::AsFloat32, loss, "Expected float32 when read ");
+float32 ExpressionParser::ParseFloat32(bool allowDataLoss) {
+    return Parse<float32>(*this, &LSLiteral::AsFloat32, allowDataLoss,
+                          "Expected float32 when read ");
 }
 
-float64 ExpressionParser::ParseFloat64(bool loss) {
-    return Parse<float64>(*this, &LSLiteral::AsFloat64, loss, "Expected float64 when read ");
+float64 ExpressionParser::ParseFloat64(bool allowDataLoss) {
+    return Parse<float64>(*this, &LSLiteral::AsFloat64, allowDataLoss,
+                          "Expected float64 when read ");
 }
 
-xchar ExpressionParser::ParseChar(bool loss) {
-    return Parse<xchar>(*this, &LSLiteral::AsChar, loss, "Expected character when read ");
+xchar ExpressionParser::ParseChar(bool allowDataLoss) {
+    return Parse<xchar>(*this, &LSLiteral::AsChar, allowDataLoss, "Expected character when read ");
 }
 
-xstring ExpressionParser::ParseString(bool loss) {
-    return Parse<xstring>(*this, &LSLiteral::AsString, loss, "Expected string when read ");
+xstring ExpressionParser::ParseString(bool allowDataLoss) {
+    return Parse<xstring>(*this, &LSLiteral::AsString, allowDataLoss, "Expected string when read ");
 }
 
 float64 ExpressionParser::ParseFloat64Arg() {

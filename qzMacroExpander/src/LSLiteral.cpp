@@ -278,32 +278,38 @@ bool LSLiteral::AsBool(bool& v, bool allowDataLoss, bool throwExceptions) const 
     return Convert(*this, v, TO_BOOL, allowDataLoss, throwExceptions);
 }
 
-bool LSLiteral::AsInt8(int8& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "int8");
+bool LSLiteral::AsInt8(int8& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "int8");
 }
 
-bool LSLiteral::AsInt16(int16& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "int16");
+bool LSLiteral::AsInt16(int16& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "int16");
 }
 
-bool LSLiteral::AsInt32(int32& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "int32");
+bool LSLiteral::AsInt32(int32& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "int32");
 }
 
 bool LSLiteral::AsInt64(int64& v, bool allowDataLoss, bool throwExceptions) const {
     return Convert(*this, v, TO_INT64, allowDataLoss, throwExceptions);
 }
 
-bool LSLiteral::AsUInt8(uint8& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "uint8");
+bool LSLiteral::AsUInt8(uint8& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "uint8");
 }
 
-bool LSLiteral::AsUInt16(uint16& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "uint16");
+bool LSLiteral::AsUInt16(uint16& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "uint16");
 }
 
-bool LSLiteral::AsUInt32(uint32& v, bool loss, bool throws) const {
-    return CheckPotentiallyLossyConversionForInteger(*this, v, loss, throws, "uint32");
+bool LSLiteral::AsUInt32(uint32& v, bool allowDataLoss, bool throwExceptions) const {
+    return CheckPotentiallyLossyConversionForInteger(*this, v, allowDataLoss, throwExceptions,
+                                                     "uint32");
 }
 
 // Kept: no range is checked and no type named after it, so -1 passes as the highest uint64.
