@@ -205,9 +205,9 @@ TEST(Body, SeesTheValuesOfWhoeverCalls) {
 
 TEST(Body, IsNotReadAgain) {
     ExpectOutputs({
-        {"@def m = n\n@def k(a) = a@@m", "k(x)",          "xn" },
-        {"@def xy = 1\n@def x = x",      "@def z = z\ny", "y"  },
-        {"@def one = 1\n@def f = on",    "f@@e",          "one"},
+        {"@def one = 1\n@def f = on",      "f@@e",         "one"       },
+        {"@def one = 1\n@def f(a) = a@@e", "f(on)",        "one"       },
+        {"@def f = @",                     "f@@def k = 1", "@def k = 1"},
     });
 }
 
@@ -388,6 +388,18 @@ TEST(PassingError, KeepsWhatTheCallHasWritten) {
     EXPECT_EQ(session.m_output, "a  x y");
 }
 
+TEST(PassingError, OfAPythonMacroNamesTheMacroAlone) {
+    ForbidPython();
+    ExpectFaults({
+        {"@defpython p(a) = a",       "p(1);",
+         "Python initialisation error: forbidden by the host\n    invoking python macro p", 4          },
+        {"@defpython p(a) = a @else", "p(1);",
+         "@else with no matching @if directive\n    invoking python macro p",               s_elsewhere},
+        {"@defpython p(int a) = a",   "p(@else);",
+         "@else with no matching @if directive\n    passing formal argument a to macro p",  3          },
+    });
+}
+
 // ---- layout ------------------------------------------------------------------------------------
 
 TEST(Body, OfSeveralLinesStartsEachAtTheColumnOfTheCall) {
@@ -432,15 +444,12 @@ TEST(UntypedArgument, OfSeveralLinesKeepsItsIndentation) {
 
 TEST(CallOutput, ComesFromTheTextThatWasCopied) {
     Session session;
-    session.Expand("@def m(a) = <a>; m(xyz)\n");
-    const std::string text = "@def m(a) = { <a> }\nm(xyz);";
-    Session one;
-    EXPECT_EQ(one.Expand(text), " <xyz> ;");
-    EXPECT_EQ(one.Pieces(),
+    EXPECT_EQ(session.Expand("@def m(a) = { <a> }\nm(xyz);"), " <xyz> ;");
+    EXPECT_EQ(session.Pieces(),
               (Texts{"verbatim  <", "verbatim xyz", "verbatim >", "verbatim  ", "verbatim ;"}));
-    EXPECT_EQ(one.SourceOffset(1), 14) << "the body, in the definition";
-    EXPECT_EQ(one.SourceOffset(2), 22) << "the argument, at the call";
-    EXPECT_EQ(one.SourceOffset(7), 26);
+    EXPECT_EQ(session.SourceOffset(1), 14) << "the body, in the definition";
+    EXPECT_EQ(session.SourceOffset(2), 22) << "the argument, at the call";
+    EXPECT_EQ(session.SourceOffset(7), 26);
 }
 
 TEST(CallOutput, OfAFunctionArgumentMayComeFromATextThatIsGone) {
