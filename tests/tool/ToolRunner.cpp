@@ -109,6 +109,11 @@ void Process::Signal(int signal) const {
     ::kill(m_pid, signal);
 }
 
+void Process::WaitForOutput() {
+    pollfd polled{m_out, POLLIN, 0};
+    ::poll(&polled, 1, 60'000);
+}
+
 // Reads both streams until the process has closed them, or the time is over.
 void Process::Drain() {
     using Clock = std::chrono::steady_clock;

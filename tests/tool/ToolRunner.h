@@ -11,6 +11,14 @@
 
 #include <sys/types.h>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define QZ_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QZ_SANITIZED
+#endif
+#endif
+
 namespace tool_test {
 
 // How a run has ended: what it wrote to its two streams, and its exit status. A run that a signal
@@ -37,6 +45,10 @@ public:
     Process& operator=(const Process&) = delete;
 
     void Signal(int signal) const;
+
+    // Waits until the process has written something to standard output.
+    void WaitForOutput();
+
     Result Wait();
 
 private:
@@ -77,13 +89,5 @@ Result WrongCall(const std::string& message);
 
 // Redirects a stream of the new process; for setUp.
 std::function<void()> Redirect(int fd, const std::string& path);
-
-#if defined(__SANITIZE_ADDRESS__)
-inline constexpr bool s_sanitized = true;
-#elif defined(__has_feature)
-inline constexpr bool s_sanitized = __has_feature(address_sanitizer);
-#else
-inline constexpr bool s_sanitized = false;
-#endif
 
 }  // namespace tool_test

@@ -5,16 +5,13 @@
 #include <memory>
 
 #include "Expressions.h"
+#include "Views.h"
 
 namespace qzexpand {
 
 using namespace vorn;
 
 namespace {
-
-SubString View(const std::string& s) {
-    return SubString(s.data(), s.data() + s.size());
-}
 
 // The body is the value as it stands, line feeds and braces included.
 void DefineMacro(VarFrame& frame, SubString name, SubString value) {
@@ -44,11 +41,12 @@ ELSVariable TypeOf(const Definition& definition) {
 
 }  // namespace
 
-void Define(FileScopeVarFrame& frame, SourceTexts& texts, const Definition& definition) {
-    const SubString name = View(definition.name);
+void Define(Session& session, const Definition& definition) {
+    VarFrame& frame = session.frame;
+    const SubString name = ToSubString(definition.name);
     const SourceText& source =
-        texts.Add("<-D " + definition.name + ">", xstring(View(definition.value)));
-    texts.SetCurrent(source);
+        session.texts.Add("<-D " + definition.name + ">", xstring(ToSubString(definition.value)));
+    session.texts.SetCurrent(source);
     const ELSVariable type = TypeOf(definition);
     if (type == LSV_MACRO)
         DefineMacro(frame, name, source.text);

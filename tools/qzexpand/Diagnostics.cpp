@@ -6,20 +6,13 @@
 #include <unistd.h>
 
 #include "Files.h"
+#include "Views.h"
 #include "Visible.h"
 #include "qzUtils/StringExt.h"
 
 namespace qzexpand {
 
 using vorn::SubString;
-
-namespace {
-
-std::string_view View(SubString s) {
-    return {s.m_p1, static_cast<std::size_t>(s.size())};
-}
-
-}  // namespace
 
 Place FindPlace(const SourceText& text, const char* pos) {
     const SubString all = text.text;
@@ -36,7 +29,7 @@ Place FindPlace(const SourceText& text, const char* pos) {
 }
 
 std::string PlaceName(const Place& place) {
-    return VisibleName(place.text->name) + '(' + std::to_string(place.line) + ") : ";
+    return place.text->name + '(' + std::to_string(place.line) + ") : ";
 }
 
 // ---- the excerpt -------------------------------------------------------------------------------
@@ -77,7 +70,7 @@ Window ChooseWindow(std::string_view line, std::size_t column) {
 
 std::string Excerpt(const Place& place) {
     constexpr std::string_view s_cut = "...";
-    const std::string_view line = View(place.bytes);
+    const std::string_view line = ToView(place.bytes);
     if (line.empty())
         return {};
     const auto column = std::min(static_cast<std::size_t>(place.column), line.size());
@@ -99,16 +92,16 @@ std::string Excerpt(const Place& place) {
 // ---- the report --------------------------------------------------------------------------------
 
 std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e) {
-    const std::string message = Visible(View(e.m_description)) + '\n';
+    const std::string message = Visible(ToView(e.m_description)) + '\n';
     const SourceText* text = texts.Find(e.m_pos);
     if (text == nullptr)
-        return VisibleName(texts.Current()->name) + " : " + message;
+        return texts.Current()->name + " : " + message;
     const Place place = FindPlace(*text, e.m_pos);
     return PlaceName(place) + message + Excerpt(place);
 }
 
 void WriteError(const std::string& report) {
-    WriteAll(STDERR_FILENO, SubString(report.data(), report.data() + report.size()));
+    WriteAll(STDERR_FILENO, ToSubString(report));
 }
 
 }  // namespace qzexpand

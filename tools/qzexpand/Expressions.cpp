@@ -16,7 +16,7 @@ struct Expanded {
     xstring text;
     OutputPieces pieces;
 
-    Expanded(FileScopeVarFrame& frame, const SourceText& from) : source(from) {
+    Expanded(VarFrame& frame, const SourceText& from) : source(from) {
         VarFrame localFrame(&frame);
         MacroExpand(nullptr, &localFrame, source.text, 0, 0, text, pieces);
     }
@@ -43,7 +43,7 @@ struct Expanded {
 
 // Parses the whole of the text with one of the typed operations of the parser.
 template <class Parse>
-xstring Evaluate(FileScopeVarFrame& frame, const SourceText& source, Parse parse) {
+xstring Evaluate(VarFrame& frame, const SourceText& source, Parse parse) {
     const Expanded expanded(frame, source);
     try {
         ExpressionParser parser;
@@ -78,12 +78,12 @@ xstring ParseAs(ELSVariable type, ExpressionParser& parser) {
 
 }  // namespace
 
-xstring EvaluateAs(ELSVariable type, FileScopeVarFrame& frame, const SourceText& source) {
+xstring EvaluateAs(ELSVariable type, VarFrame& frame, const SourceText& source) {
     return Evaluate(frame, source,
                     [type](ExpressionParser& parser) { return ParseAs(type, parser); });
 }
 
-xstring EvaluateAsText(FileScopeVarFrame& frame, const SourceText& source) {
+xstring EvaluateAsText(VarFrame& frame, const SourceText& source) {
     return Evaluate(frame, source,
                     [](ExpressionParser& parser) { return parser.ParseString(true); });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <string_view>
 
 #include <getopt.h>
@@ -23,6 +24,10 @@ const char s_help[] =
     "  -D NAME=VALUE          define a macro without arguments\n"
     "  -D TYPE:NAME=VALUE     define a value of type bool, int, double, char or string\n"
     "      --eval EXPRESSION  evaluate an expression and write its value\n"
+    "      --stack-limit MIB  the stack for nested macros (8)\n"
+    "      --memory-limit MIB the memory in all; 0 for no limit (most of the machine's)\n"
+    "      --time-limit SECONDS\n"
+    "                         the time in all; 0 for no limit (0)\n"
     "      --help             show this text\n"
     "      --version          show the version\n"
     "\n"
@@ -67,14 +72,35 @@ Definition ParseDefinition(const std::string& text) {
 
 // ---- the command line --------------------------------------------------------------------------
 
-enum LongOption { OPTION_EVAL = 256, OPTION_HELP, OPTION_VERSION };
+enum LongOption {
+    OPTION_EVAL = 256,
+    OPTION_HELP,
+    OPTION_MEMORY_LIMIT,
+    OPTION_STACK_LIMIT,
+    OPTION_TIME_LIMIT,
+    OPTION_VERSION
+};
 
 constexpr option s_longOptions[] = {
-    {"eval",    required_argument, nullptr, OPTION_EVAL   },
-    {"help",    no_argument,       nullptr, OPTION_HELP   },
-    {"version", no_argument,       nullptr, OPTION_VERSION},
-    {nullptr,   0,                 nullptr, 0             },
+    {"eval",         required_argument, nullptr, OPTION_EVAL        },
+    {"help",         no_argument,       nullptr, OPTION_HELP        },
+    {"memory-limit", required_argument, nullptr, OPTION_MEMORY_LIMIT},
+    {"stack-limit",  required_argument, nullptr, OPTION_STACK_LIMIT },
+    {"time-limit",   required_argument, nullptr, OPTION_TIME_LIMIT  },
+    {"version",      no_argument,       nullptr, OPTION_VERSION     },
+    {nullptr,        0,                 nullptr, 0                  },
 };
+
+// The number of a limit, which must lie in a range that fits every use.
+long ParseLimit(const char* option, long least, std::string_view text) {
+    constexpr long s_most = 1'000'000;
+    long value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < least || value > s_most)
+        throw UsageError(std::string(option) + " needs a number from " + std::to_string(least)
+                         + " to " + std::to_string(s_most) + ": " + std::string(text));
+    return value;
+}
 
 // argv[optind - 1] is the last argument that was read.
 [[noreturn]] void ThrowBadOption(int found, char** argv) {
@@ -98,6 +124,15 @@ void ApplyOption(Options& options, int found, char** argv) {
         return;
     case OPTION_HELP:
         options.action = Options::Action::Help;
+        return;
+    case OPTION_MEMORY_LIMIT:
+        options.memoryLimit = ParseLimit("--memory-limit", 0, optarg);
+        return;
+    case OPTION_STACK_LIMIT:
+        options.stackLimit = ParseLimit("--stack-limit", 1, optarg);
+        return;
+    case OPTION_TIME_LIMIT:
+        options.timeLimit = ParseLimit("--time-limit", 0, optarg);
         return;
     case OPTION_VERSION:
         options.action = Options::Action::Version;

@@ -22,6 +22,11 @@ struct Options {
     std::string output = "-";
     std::string expression;  // for Evaluate
     std::vector<Definition> definitions;
+
+    // The bounds of the run; 0 is none.
+    long stackLimit = 8;    // in MiB, not 0
+    long memoryLimit = -1;  // in MiB; below 0: most of what the machine has
+    long timeLimit = 0;     // in seconds
 };
 
 // A wrong call.

@@ -5,12 +5,13 @@
 #include <functional>
 #include <string>
 
+#include "Visible.h"
 #include "qzUtils/SubString.h"
 
 namespace qzexpand {
 
 struct SourceText {
-    std::string name;  // in reports: a path, <stdin>, <-D NAME>
+    std::string name;  // in reports, in its visible form: a path, <stdin>, <-D NAME>
     vorn::xstring text;
 
     // Whether an address lies in the text. An error at the end of a text lies one past its last
@@ -27,8 +28,8 @@ struct SourceText {
 // errors point into them.
 class SourceTexts {
 public:
-    const SourceText& Add(std::string name, vorn::xstring text) {
-        return m_texts.emplace_front(SourceText{std::move(name), std::move(text)});
+    const SourceText& Add(const std::string& name, vorn::xstring text) {
+        return m_texts.emplace_front(SourceText{VisibleName(name), std::move(text)});
     }
 
     // The text in which an address lies, or null. The address is compared and not followed.

@@ -1,0 +1,23 @@
+// The bounds of a run, and its end from outside.
+//
+// The library counts no depth and no repetitions: a macro that calls itself uses up the stack, a
+// loop whose condition stays true uses up time or memory. So the expansion runs on a stack of its
+// own, with pages behind its end that may not be touched, and under limits of the system. What
+// runs into one ends the process with a report that says where the expansion stood.
+#pragma once
+
+#include <functional>
+
+#include "Session.h"
+
+namespace qzexpand {
+
+// Runs the action on a thread with a stack of its own, under the limits that the options set, and
+// returns its result. One call at a time. Throws Fault.
+int RunWithinLimits(const Session& session, const std::function<int()>& action);
+
+// Sees to it that the signals that end a process remove the temporary file first. To be called
+// again when something else may have taken the signals over.
+void CatchEndingSignals();
+
+}  // namespace qzexpand

@@ -1,0 +1,18 @@
+// One run of the tool, from the input to the output.
+#pragma once
+
+#include "Options.h"
+
+namespace qzexpand {
+
+// Expands or evaluates as the options say, and reports what goes wrong on standard error. Returns
+// the exit status.
+int Run(const Options& options);
+
+// Writes a text of the tool's own to standard output. Returns the exit status.
+int Show(const std::string& text);
+
+// Writes "qzexpand: " and a message of one line to standard error.
+void ReportFault(const std::string& message);
+
+}  // namespace qzexpand

@@ -1,0 +1,17 @@
+// What lives as long as the run.
+#pragma once
+
+#include "Options.h"
+#include "SourceTexts.h"
+#include "qzMacroExpander/LSVariable.h"
+
+namespace qzexpand {
+
+// The frame holds views of the options and the texts, so it goes first.
+struct Session {
+    const Options& options;
+    SourceTexts texts{};
+    vorn::FileScopeVarFrame frame{};
+};
+
+}  // namespace qzexpand
