@@ -15,6 +15,7 @@
 namespace vorn {
 namespace {
 
+using vorn_test::Address;
 using vorn_test::FolderProject;
 using vorn_test::HeapText;
 using vorn_test::Str;
@@ -79,8 +80,7 @@ TEST(PositionMapping, LeadsFromIndentationNowhere) {
     const Mapping rows[] = {
         {"ab\nc",  "  ab\n  c",    "..ab\n..c"   },
         {"a\n\nb", "  a\n  \n  b", "..a\n..\n..b"},
- // Blanks of the author's own are text like any other.
-        {"a\n b",  "  a\n   b",    "..a\n.. b"   },
+        {"a\n b",  "  a\n   b",    "..a\n.. b"   }, // an author\'s own blanks
     };
     ExpectMappings(rows, 2);
 }
@@ -166,7 +166,8 @@ TEST(PositionMapping, GivesAnAddressInNoFileForATextPutTogetherDuringExpansion) 
         file->AdjustErrorPosition(e);
         located += project.m_files.GetSrcFileIndexContainingPosition(e.m_pos) == 0 ? 'y' : 'n';
     }
-    EXPECT_EQ(located, "ynyy");  // f(1) is written as g(1), and the 1 stands in that text
+    // The call of f has become the text g(1), in which the 1 stands.
+    EXPECT_EQ(located, "ynyy");
 }
 
 // ---- errors ------------------------------------------------------------------------------------
@@ -176,20 +177,21 @@ TEST(AdjustErrorPosition, MovesWhatLiesInTheExpandedTextAndNothingElse) {
     ASSERT_EQ(expansion.Output(), " 123");
     const xchar* source = expansion.m_text.begin();
     const xchar* output = expansion.m_expanded.data();
+    const xchar* before = Address(output, -1);
     const HeapText other("other");
     struct {
         const char* what;
         const xchar* pos;
         const xchar* adjusted;
     } const rows[] = {
-        {"calculated",       output,                    source              },
-        {"further in it",    output + 2,                source              },
-        {"verbatim",         output + 3,                source + 7          },
-        {"one past the end", output + 4,                output + 4          },
-        {"one in front",     vorn_test::Address(output, -1),                  vorn_test::Address(output, -1)},
-        {"the source",               source + 2,                                        source + 2                                                },
-        {"another text",        other.begin(),other.begin()},
-        {"nowhere",     nullptr,                                     nullptr                                                                                                },
+        {"calculated",       output,        source       },
+        {"further in it",    output + 2,    source       },
+        {"verbatim",         output + 3,    source + 7   },
+        {"one past the end", output + 4,    output + 4   },
+        {"one in front",     before,        before       },
+        {"the source",       source + 2,    source + 2   },
+        {"another text",     other.begin(), other.begin()},
+        {"nowhere",          nullptr,       nullptr      },
     };
     for (const auto& row : rows) {
         LexScannerException e("text", row.pos);
