@@ -29,5 +29,20 @@ function(qz_add_library name)
     "LINKER:--version-script=${QZ_VERSION_SCRIPT}" LINKER:-Bsymbolic-functions)
   set_target_properties(${name} PROPERTIES
     LINK_DEPENDS "${QZ_VERSION_SCRIPT}"
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
+  qz_install_library(${name})
+endfunction()
+
+# The library, its public headers, and what finds it: its CMake target and its pkg-config file.
+function(qz_install_library name)
+  file(GLOB headers CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+  install(TARGETS ${name} EXPORT qzMacroExpanderTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+    NAMELINK_COMPONENT development)
+  install(FILES ${headers}
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${name}" COMPONENT development)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" ${name}.pc @ONLY)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 endfunction()
