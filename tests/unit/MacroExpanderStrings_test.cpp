@@ -103,7 +103,7 @@ TEST(StrDirective, WritesTheLinesOfItsText) {
          "L\"a\\n\"\nL\"\\n\"\nL\"b\""                                                           },
     };
     for (const auto& c : cases) {
-        const std::string argument = "(" + std::string(c.argument) + ")";
+        const std::string argument = std::string("(").append(c.argument).append(")");
         EXPECT_EQ(Expand("@str" + argument), c.str) << argument;
         EXPECT_EQ(Expand("@strx" + argument), c.strx) << argument;
         EXPECT_EQ(Expand("@strW" + argument), c.strW) << argument;
