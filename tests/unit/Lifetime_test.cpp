@@ -87,6 +87,16 @@ TEST(FunctionArgumentText, LivesForATypedArgumentThatDefines) {
               "|1  bye | bye ");
 }
 
+TEST(FunctionArgumentText, LivesForWhatItsBeginningDefines) {
+    // The text runs in the caller's frame itself, and so do statements in front of the name.
+    EXPECT_EQ(ExpandParts({"@def h(a) = a\n@def f(g()) = g(1)\n",
+                           "f(@let int value = { 5 } @def k(x) = { <x> } h)", "value k(2)"}),
+              "|1|5  <2> ");
+    EXPECT_EQ(ExpandParts({"@def h(a) = a\n@def f(g()) = g(1)\n",
+                           "@scope { f(@let int value = { 5 } h) value }"}),
+              "| 1 5 ");
+}
+
 TEST(FunctionArgumentText, IsWrittenBeforeItEnds) {
     Session session;
     EXPECT_EQ(session.Expand("@def h(a) = a a\n@def f(g()) = x g(1 y  z) w\nf(h);"),
@@ -187,6 +197,58 @@ TEST(ForList, MayFailBehindADefinition) {
         "    invoking macro x\n"
         "    in @for directive when x = @def + m = { hello } @else");
     EXPECT_EQ(session.Expand("m"), " hello ");
+}
+
+// ---- texts within a temporary text --------------------------------------------------------------
+
+// Every text that is expanded within a temporary one and may define something.
+TEST(TextWithinATemporaryText, KeepsItForWhatItDefines) {
+    const std::string_view texts[] = {
+        "DEF",
+        "@scope { DEF }",
+        "@scope { @scope { DEF } }",
+        "@if (true) { DEF }",
+        "@if (false) {} @else { DEF }",
+        "@if (DEF true) {}",
+        "@if (false) {} @elseif (DEF true) {}",
+        "@for (x in [1]) { DEF }",
+        "@for (x in [DEF 1]) {}",
+        "@for (x in [@quote(DEF)]) { x }",
+        "@let bool go = { true } @while (go) { DEF @let go = { false } }",
+        "@while (DEF false) {}",
+        "@str(DEF)",
+        "@strxW(DEF)",
+        "@unstr(DEF \"x\")",
+        "@print(DEF)",
+        "@assert(DEF true)",
+        "@assertfails(DEF @else)",
+        "@relativepath(DEF \"a\", \"b\")",
+        "@[DEF]",
+        "@[@quote(DEF)]",
+        "@[@[DEF]]",
+        "@(DEF \"x\")",
+        "@let string s = { DEF \"x\" }",
+        "@let string s := { DEF }",
+        "@let int i = { 1 } @let i = { DEF 2 }",
+        "@let string s = { \"\" } @let s := { DEF }",
+        "@def p = { DEF } p",
+        "@def p(a) = { a } p(DEF)",
+        "@def p(a) = { q(a) } @def q(a) = { a } p(DEF)",
+        "@def p(int a) = { a } p(DEF 1)",
+        "@def int p = { DEF 1 } p",
+        "@def int p(int a) = { a } p(p(DEF 1))",
+        "@def p(a) = { a } @def q(g()) = { g(DEF) } q(p)",
+        "@def p(a) = { a } @def q(g()) = { g(@quote(DEF)) } q(p)",
+        "@nakeddef p(a) = { a } p(DEF)",
+        "@nakeddef p = { DEF } p",
+    };
+    for (const std::string_view text : texts) {
+        std::string site(text);
+        site.replace(site.find("DEF"), 3, "@def + m(a) = { kept a }");
+        Session session;
+        session.Expand("@[@quote(" + site + ")]");
+        EXPECT_EQ(session.Expand("m(1)"), " kept 1 ") << text;
+    }
 }
 
 // ---- definitions of definitions -----------------------------------------------------------------
