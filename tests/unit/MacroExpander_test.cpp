@@ -683,6 +683,36 @@ TEST(MacroExpand, GoesOnWhereTheOutputStands) {
     EXPECT_EQ(output.size(), output.m_size);
 }
 
+// Ordinary text is written in long runs. Whoever looks at the stream in between finds it all.
+TEST(MacroExpand, HasWrittenWhatStandsInFrontOfAnImport) {
+    class Handler : public ImportHandler {
+    public:
+        StringStream m_os{4096};
+        Texts m_seen;
+        bool HandleImport(VarFrame*, const xstring&, const xchar*) override {
+            m_seen.push_back(Str(m_os.GetString()));
+            return true;
+        }
+    };
+    Handler handler;
+    FileScopeVarFrame frame;
+    ExpandedOutput output(handler.m_os);
+    MacroExpand(&handler, &frame, "a b\n c  @import \"x\" d @import (\"y\")", 0, 0, output);
+    EXPECT_EQ(handler.m_seen, (Texts{"a b\n c", "  @import \"x\" d@import \"y\""}));
+}
+
+TEST(MacroExpand, HasWrittenWhatStandsInFrontOfAPrint) {
+    FileScopeVarFrame frame;
+    testing::internal::CaptureStdout();
+    ExpandedOutput output(xcout);
+    MacroExpand(nullptr, &frame,
+                "@def m = @print(1)\n@def int t = { @print(2) 3 }\n@def f(int a) = a\n"
+                "a b m c d t e f(@print(4) 5) g @[@print(6)] h",
+                0, 0, output);
+    xcout.flush();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "a b 1 c d 23 e 45 g 6 h");
+}
+
 TEST(MacroExpand, LeavesItsDefinitionsInTheFrame) {
     Session session;
     VarFrame child(&session.m_frame);
