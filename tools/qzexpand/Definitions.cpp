@@ -1,7 +1,5 @@
 #include "Definitions.h"
 
-#include <algorithm>
-#include <iterator>
 #include <memory>
 
 #include "Expressions.h"
@@ -20,40 +18,28 @@ void DefineMacro(VarFrame& frame, SubString name, SubString value) {
     frame.AddVariable(macro.release());
 }
 
-struct TypeName {
-    const char* name;
-    ELSVariable type;
-};
-
-constexpr TypeName s_typeNames[] = {
-    {"bool",   LSV_BOOL  },
-    {"int",    LSV_INT   },
-    {"double", LSV_DOUBLE},
-    {"char",   LSV_CHAR  },
-    {"string", LSV_STRING},
-};
-
-ELSVariable TypeOf(const Definition& definition) {
-    const auto found = std::find_if(std::begin(s_typeNames), std::end(s_typeNames),
-                                    [&](const TypeName& t) { return t.name == definition.type; });
-    return found == std::end(s_typeNames) ? LSV_MACRO : found->type;
+void DefineValue(FileScopeVarFrame& frame, ELSVariable type, SubString name,
+                 const SourceText& source) {
+    const xstring value = type == LSV_STRING ? source.text : EvaluateAs(type, frame, source);
+    frame.AddVariable(new LSValueVariable(type, name, value));
 }
 
 }  // namespace
 
 void Define(Session& session, const Definition& definition) {
-    VarFrame& frame = session.frame;
+    FileScopeVarFrame& frame = session.frame;
     const SubString name = ToSubString(definition.name);
     const SourceText& source =
         session.texts.Add("<-D " + definition.name + ">", xstring(ToSubString(definition.value)));
     session.texts.SetCurrent(source);
-    const ELSVariable type = TypeOf(definition);
-    if (type == LSV_MACRO)
-        DefineMacro(frame, name, source.text);
-    else if (type == LSV_STRING)
-        frame.AddVariable(new LSValueVariable(type, name, source.text));
-    else
-        frame.AddVariable(new LSValueVariable(type, name, EvaluateAs(type, frame, source)));
+    switch (definition.kind) {
+    case Definition::Kind::Macro:
+        return DefineMacro(frame, name, source.text);
+    case Definition::Kind::DollarMacro:
+        return frame.InsertDollarMacro(name.GetString(), source.text);
+    case Definition::Kind::Value:
+        return DefineValue(frame, definition.type, name, source);
+    }
 }
 
 }  // namespace qzexpand

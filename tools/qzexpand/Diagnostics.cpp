@@ -91,13 +91,28 @@ std::string Excerpt(const Place& place) {
 
 // ---- the report --------------------------------------------------------------------------------
 
+namespace {
+
+std::string FormatImports(const SourceTexts& texts, const SourceText* text) {
+    std::string report;
+    while (text->importedAt != nullptr) {
+        const SourceText* importer = texts.Find(text->importedAt);
+        report +=
+            PlaceName(FindPlace(*importer, text->importedAt)) + text->name + " is imported here\n";
+        text = importer;
+    }
+    return report;
+}
+
+}  // namespace
+
 std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e) {
     const std::string message = Visible(ToView(e.m_description)) + '\n';
     const SourceText* text = texts.Find(e.m_pos);
     if (text == nullptr)
-        return texts.Current()->name + " : " + message;
+        return texts.Current()->name + " : " + message + FormatImports(texts, texts.Current());
     const Place place = FindPlace(*text, e.m_pos);
-    return PlaceName(place) + message + Excerpt(place);
+    return PlaceName(place) + message + Excerpt(place) + FormatImports(texts, text);
 }
 
 void WriteError(const std::string& report) {

@@ -7,7 +7,8 @@
 //          ^
 //
 // First the message with its lines of context, then the line of the source with a mark below the
-// column. All of it is made visible: see Visible.h.
+// column, and then the imports that led to the file, as in "main.qz(7) : a.qz is imported here".
+// All of it is made visible: see Visible.h.
 #pragma once
 
 #include <string>

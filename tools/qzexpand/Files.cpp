@@ -78,10 +78,14 @@ int ReadDescriptor(int fd, xstring& text, FileId& id) {
 }  // namespace
 
 int ReadFile(const std::string& path, xstring& text, FileId& id) {
-    if (path == "-")
-        return ReadDescriptor(STDIN_FILENO, text, id);
+    if (path.find('\0') != std::string::npos)
+        return ENOENT;
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     return file.Get() < 0 ? errno : ReadDescriptor(file.Get(), text, id);
+}
+
+int ReadStandardInput(xstring& text, FileId& id) {
+    return ReadDescriptor(STDIN_FILENO, text, id);
 }
 
 // ---- writing -----------------------------------------------------------------------------------

@@ -1,4 +1,4 @@
-// Reading and writing files. "-" stands for standard input and standard output.
+// Reading and writing files.
 #pragma once
 
 #include <string>
@@ -20,11 +20,12 @@ struct FileId {
 // Reads the exact bytes of a file, whatever it is: a pipe, a device. Returns 0 or the errno of
 // the call that failed.
 int ReadFile(const std::string& path, vorn::xstring& text, FileId& id);
+int ReadStandardInput(vorn::xstring& text, FileId& id);
 
-// Writes a file, all of it or nothing: the bytes go to a temporary file beside it, which takes
-// its place once everything has been written. A symbolic link is followed, and an old file hands
-// on its permissions. What is no regular file (a pipe, a device) is written to directly. Throws
-// Fault.
+// Writes a file, all of it or nothing; "-" stands for standard output. The bytes go to a temporary
+// file beside it, which takes its place once everything has been written. A symbolic link is
+// followed, and an old file hands on its permissions. What is no regular file (a pipe, a device) is
+// written to directly. Throws Fault.
 void WriteFile(const std::string& path, vorn::SubString bytes);
 
 // Writes to a file descriptor until everything is out. Returns 0 or an errno.

@@ -1,12 +1,13 @@
 #include "Options.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <iterator>
 #include <string_view>
 
 #include <getopt.h>
 
+#include "Views.h"
 #include "qzUtils/StringExt.h"
 
 namespace qzexpand {
@@ -23,11 +24,15 @@ const char s_help[] =
     "  -o FILE                write to FILE, whole or not at all, not to standard output\n"
     "  -D NAME=VALUE          define a macro without arguments\n"
     "  -D TYPE:NAME=VALUE     define a value of type bool, int, double, char or string\n"
+    "  -D '$NAME=VALUE'       define a dollar macro\n"
+    "  -I FOLDER              search a folder for files that are imported\n"
     "      --eval EXPRESSION  evaluate an expression and write its value\n"
     "      --stack-limit MIB  the stack for nested macros (8)\n"
     "      --memory-limit MIB the memory in all; 0 for no limit (most of the machine's)\n"
     "      --time-limit SECONDS\n"
     "                         the time in all; 0 for no limit (0)\n"
+    "      --imports=keep     leave @import directives in the output (remove)\n"
+    "      --python           allow the text to run Python\n"
     "      --help             show this text\n"
     "      --version          show the version\n"
     "\n"
@@ -36,14 +41,35 @@ const char s_help[] =
 
 namespace {
 
-constexpr std::array<std::string_view, 5> s_types = {"bool", "int", "double", "char", "string"};
+std::string Quoted(std::string_view s) {
+    std::string quoted("'");
+    return quoted.append(s).append("'");
+}
 
-bool IsType(std::string_view s) {
-    return std::find(s_types.begin(), s_types.end(), s) != s_types.end();
+// ---- definitions -------------------------------------------------------------------------------
+
+struct TypeName {
+    std::string_view name;
+    vorn::ELSVariable type;
+};
+
+constexpr TypeName s_typeNames[] = {
+    {"bool",   vorn::LSV_BOOL  },
+    {"int",    vorn::LSV_INT   },
+    {"double", vorn::LSV_DOUBLE},
+    {"char",   vorn::LSV_CHAR  },
+    {"string", vorn::LSV_STRING},
+};
+
+// The type that a word names, LSV_MACRO for any other word.
+vorn::ELSVariable TypeOf(std::string_view word) {
+    const auto found = std::find_if(std::begin(s_typeNames), std::end(s_typeNames),
+                                    [word](const TypeName& t) { return t.name == word; });
+    return found == std::end(s_typeNames) ? vorn::LSV_MACRO : found->type;
 }
 
 bool IsIdentifier(const std::string& s) {
-    vorn::SubString rest(s.data(), s.data() + s.size());
+    vorn::SubString rest = ToSubString(s);
     return vorn::ScanIdentifier(rest) && rest.empty();
 }
 
@@ -51,22 +77,35 @@ bool IsIdentifier(const std::string& s) {
     throw UsageError("-D " + text + ": " + reason);
 }
 
+// What stands in front of the =: NAME, $NAME or TYPE:NAME. text is the whole definition.
+void ParseDefined(Definition& definition, std::string_view s, const std::string& text) {
+    const std::size_t colon = s.find(':');
+    if (s.starts_with('$')) {
+        definition.kind = Definition::Kind::DollarMacro;
+        s.remove_prefix(1);
+    } else if (colon != std::string_view::npos) {
+        definition.kind = Definition::Kind::Value;
+        definition.type = TypeOf(s.substr(0, colon));
+        if (definition.type == vorn::LSV_MACRO)
+            ThrowBadDefinition(text, Quoted(s.substr(0, colon)) + " is no type");
+        s.remove_prefix(colon + 1);
+    }
+    definition.name = s;
+}
+
 Definition ParseDefinition(const std::string& text) {
     const std::size_t equal = text.find('=');
     if (equal == std::string::npos)
         ThrowBadDefinition(text, "'=' and a value are missing");
-    Definition definition{"", text.substr(0, equal), text.substr(equal + 1)};
-    const std::size_t colon = definition.name.find(':');
-    if (colon != std::string::npos) {
-        definition.type = definition.name.substr(0, colon);
-        definition.name.erase(0, colon + 1);
-        if (!IsType(definition.type))
-            ThrowBadDefinition(text, "'" + definition.type + "' is no type");
-    }
-    if (!IsIdentifier(definition.name))
-        ThrowBadDefinition(text, "'" + definition.name + "' is no name");
-    if (IsType(definition.name))
-        ThrowBadDefinition(text, "'" + definition.name + "' is a type and no name");
+    Definition definition;
+    ParseDefined(definition, std::string_view(text).substr(0, equal), text);
+    definition.value = text.substr(equal + 1);
+    const std::string& name = definition.name;
+    if (!IsIdentifier(name))
+        ThrowBadDefinition(text, Quoted(name) + " is no name");
+    // As in the language, where @def int = 5 defines nothing.
+    if (definition.kind == Definition::Kind::Macro && TypeOf(name) != vorn::LSV_MACRO)
+        ThrowBadDefinition(text, Quoted(name) + " is a type and no name");
     return definition;
 }
 
@@ -75,7 +114,9 @@ Definition ParseDefinition(const std::string& text) {
 enum LongOption {
     OPTION_EVAL = 256,
     OPTION_HELP,
+    OPTION_IMPORTS,
     OPTION_MEMORY_LIMIT,
+    OPTION_PYTHON,
     OPTION_STACK_LIMIT,
     OPTION_TIME_LIMIT,
     OPTION_VERSION
@@ -84,7 +125,9 @@ enum LongOption {
 constexpr option s_longOptions[] = {
     {"eval",         required_argument, nullptr, OPTION_EVAL        },
     {"help",         no_argument,       nullptr, OPTION_HELP        },
+    {"imports",      required_argument, nullptr, OPTION_IMPORTS     },
     {"memory-limit", required_argument, nullptr, OPTION_MEMORY_LIMIT},
+    {"python",       no_argument,       nullptr, OPTION_PYTHON      },
     {"stack-limit",  required_argument, nullptr, OPTION_STACK_LIMIT },
     {"time-limit",   required_argument, nullptr, OPTION_TIME_LIMIT  },
     {"version",      no_argument,       nullptr, OPTION_VERSION     },
@@ -110,6 +153,12 @@ long ParseLimit(const char* option, long least, std::string_view text) {
     throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
 }
 
+bool ParseKeepImports(const std::string& text) {
+    if (text != "keep" && text != "remove")
+        throw UsageError("--imports is keep or remove: " + text);
+    return text == "keep";
+}
+
 void ApplyOption(Options& options, int found, char** argv) {
     switch (found) {
     case 'o':
@@ -118,6 +167,9 @@ void ApplyOption(Options& options, int found, char** argv) {
     case 'D':
         options.definitions.push_back(ParseDefinition(optarg));
         return;
+    case 'I':
+        options.importFolders.emplace_back(optarg);
+        return;
     case OPTION_EVAL:
         options.action = Options::Action::Evaluate;
         options.expression = optarg;
@@ -125,8 +177,14 @@ void ApplyOption(Options& options, int found, char** argv) {
     case OPTION_HELP:
         options.action = Options::Action::Help;
         return;
+    case OPTION_IMPORTS:
+        options.keepImports = ParseKeepImports(optarg);
+        return;
     case OPTION_MEMORY_LIMIT:
         options.memoryLimit = ParseLimit("--memory-limit", 0, optarg);
+        return;
+    case OPTION_PYTHON:
+        options.allowPython = true;
         return;
     case OPTION_STACK_LIMIT:
         options.stackLimit = ParseLimit("--stack-limit", 1, optarg);
@@ -148,7 +206,7 @@ Options ParseCommandLine(int argc, char** argv) {
     Options options;
     opterr = 0;  // the messages are made here
     int found = 0;
-    while ((found = ::getopt_long(argc, argv, ":o:D:", s_longOptions, nullptr)) != -1) {
+    while ((found = ::getopt_long(argc, argv, ":o:D:I:", s_longOptions, nullptr)) != -1) {
         ApplyOption(options, found, argv);
         if (options.action == Options::Action::Help || options.action == Options::Action::Version)
             return options;

@@ -5,11 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "qzMacroExpander/LSVariable.h"
+
 namespace qzexpand {
 
-// One -D [TYPE:]NAME=VALUE.
+// One -D.
 struct Definition {
-    std::string type;  // bool, int, double, char, string; $ for a dollar macro; empty for a macro
+    enum class Kind { Macro, DollarMacro, Value };
+
+    Kind kind = Kind::Macro;
+    vorn::ELSVariable type = vorn::LSV_MACRO;  // of a value: LSV_BOOL to LSV_STRING
     std::string name;
     std::string value;
 };
@@ -22,6 +27,9 @@ struct Options {
     std::string output = "-";
     std::string expression;  // for Evaluate
     std::vector<Definition> definitions;
+    std::vector<std::string> importFolders;
+    bool keepImports = false;  // leave @import directives in the output
+    bool allowPython = false;
 
     // The bounds of the run; 0 is none.
     long stackLimit = 8;    // in MiB, not 0

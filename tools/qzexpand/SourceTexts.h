@@ -13,6 +13,7 @@ namespace qzexpand {
 struct SourceText {
     std::string name;  // in reports, in its visible form: a path, <stdin>, <-D NAME>
     vorn::xstring text;
+    const char* importedAt;  // a place in the importing text; null where nothing imports it
 
     // Whether an address lies in the text. An error at the end of a text lies one past its last
     // byte, which counts where the end is asked for.
@@ -28,8 +29,9 @@ struct SourceText {
 // errors point into them.
 class SourceTexts {
 public:
-    const SourceText& Add(const std::string& name, vorn::xstring text) {
-        return m_texts.emplace_front(SourceText{VisibleName(name), std::move(text)});
+    const SourceText& Add(const std::string& name, vorn::xstring text,
+                          const char* importedAt = nullptr) {
+        return m_texts.emplace_front(SourceText{VisibleName(name), std::move(text), importedAt});
     }
 
     // The text in which an address lies, or null. The address is compared and not followed.

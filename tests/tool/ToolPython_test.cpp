@@ -1,0 +1,94 @@
+// Texts that use Python.
+
+#include "ToolRunner.h"
+
+#include <csignal>
+
+#include <unistd.h>
+
+namespace {
+
+using tool_test::Process;
+using tool_test::Result;
+using tool_test::ToolTest;
+
+class ToolPython : public ToolTest {};
+
+TEST_F(ToolPython, IsForbiddenWithoutTheOption) {
+    EXPECT_EQ(Run({}, "text\n@runpython {\nprint 1\n}\n"),
+              (Result{1, "",
+                      "<stdin>(2) : Python initialisation error: forbidden by the host\n"
+                      "    in @runpython()\n"
+                      "print 1\n"
+                      "\n"
+                      "@runpython {\n"
+                      "^\n"
+                      "qzexpand: --python allows the text to run Python\n"}));
+    EXPECT_EQ(Run({}, "@defpython f(x) = x * 2\nf(21)"),
+              (Result{1, "",
+                      "<stdin>(2) : Python initialisation error: forbidden by the host\n"
+                      "    invoking python macro f\n"
+                      "f(21)\n"
+                      "     ^\n"
+                      "qzexpand: --python allows the text to run Python\n"}));
+}
+
+TEST_F(ToolPython, MayBeDefinedWithoutTheOptionAsLongAsItIsNotUsed) {
+    EXPECT_EQ(Run({}, "@defpython f(x) = x * 2\ntext"), (Result{0, "text", ""}));
+}
+
+TEST_F(ToolPython, RunsWithTheOption) {
+    EXPECT_EQ(Run({"--python"}, "@runpython {\nprint 'note'\nn = 2\n}\n"
+                                "@defpython f(x) = x * n\nf(21)\n"),
+              (Result{0, "note\n42\n", ""}));
+}
+
+TEST_F(ToolPython, IsNoBurdenToATextWithoutIt) {
+    EXPECT_EQ(Run({"--python"}, "text"), (Result{0, "text", ""}));
+}
+
+TEST_F(ToolPython, WritesFilesOutThatAScriptHasLeftOpen) {
+    EXPECT_EQ(Run({"--python"}, "@runpython {\nf = open('left', 'w')\nf.write('text')\n}\n"),
+              (Result{0, "", ""}));
+    EXPECT_EQ(Read("left"), "text");
+}
+
+TEST_F(ToolPython, DoesNotEndTheToolByItsExit) {
+    const Result result = Run({"--python"}, "@runpython {\nimport sys\nsys.exit(0)\n}\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.rfind("<stdin>(1) : RunPython error: Traceback", 0), 0u) << result.err;
+    EXPECT_NE(result.err.find("SystemExit"), std::string::npos) << result.err;
+}
+
+TEST_F(ToolPython, IsEndedAtOnceBySignals) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Process process(m_folder, {"--python"},
+                        "@runpython {\nprint 'go'\nwhile True:\n  pass\n}\n", {});
+        process.WaitForOutput();
+        process.Signal(signal);
+        EXPECT_EQ(process.Wait(), (Result{-signal, "go\n", ""}));
+    }
+}
+
+TEST_F(ToolPython, IsEndedBySignalWhereItsReaderHasGone) {
+    const auto setUp = [] {
+        int ends[2];
+        if (::pipe(ends) == 0) {
+            ::dup2(ends[1], 1);
+            ::close(ends[0]);
+            ::close(ends[1]);
+        }
+    };
+    EXPECT_EQ(Run({"--python"}, "@runpython {\nwhile True:\n  print 'text'\n}\n", setUp),
+              (Result{-SIGPIPE, "", ""}));
+}
+
+TEST_F(ToolPython, IsEndedByTheTimeLimit) {
+    EXPECT_EQ(Run({"--python", "--time-limit=1"}, "\n@runpython {\nwhile True:\n  pass\n}\n"),
+              (Result{1, "",
+                      "<stdin>(2) : the time of 1 s ran out in @runpython\n"
+                      "qzexpand: --time-limit=SECONDS gives it more\n"}));
+}
+
+}  // namespace

@@ -1,0 +1,30 @@
+// Takes the import directives out of an expanded text.
+//
+// The expansion leaves each @import in its output, for parsers that follow imports themselves. It
+// is found there by the pieces of the output and not by its looks: what only looks like an import,
+// the result of @quote for example, is text like any other.
+#pragma once
+
+#include <vector>
+
+#include "qzMacroExpander/ExpandedOutput.h"
+
+namespace qzexpand {
+
+// An @import for which the import handler was called, and the piece of the output that holds it.
+struct Import {
+    vorn::ssize_t piece;
+
+    // For the call of a handler: argument is the position that it was given, in the source, and
+    // output is what has been written by then. The directive with an expression is written before
+    // the call, the one with a quoted path behind it.
+    Import(const char* argument, const vorn::ExpandedOutput& output)
+        : piece(output.m_pieces.m_pieces.size() - (*argument == '(' ? 1 : 0)) {}
+};
+
+// The text without the directives, which must be in the order of their calls: of each, exactly
+// its own characters are missing, from the @ to the end of its path. pieces describe the text.
+vorn::xstring CutImports(const vorn::xstring& text, const vorn::OutputPieces& pieces,
+                         const std::vector<Import>& imports);
+
+}  // namespace qzexpand

@@ -1,0 +1,180 @@
+#include "Project.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <new>
+
+#include "Fault.h"
+#include "Views.h"
+#include "qzUtils/FilePath.h"
+
+namespace qzexpand {
+
+using namespace vorn;
+
+// ---- output ------------------------------------------------------------------------------------
+
+namespace {
+
+// Appends to a string.
+class StringSink final : public IOutputStream {
+public:
+    explicit StringSink(xstring& text) : m_text(text) {}
+    void WriteStream(const void* p, ssize_t n) override {
+        const auto* bytes = static_cast<const char*>(p);
+        m_text.append(bytes, bytes + n);
+    }
+    void FlushStream() override {}
+
+private:
+    xstring& m_text;
+};
+
+class NullSink final : public IOutputStream {
+public:
+    void WriteStream(const void*, ssize_t) override {}
+    void FlushStream() override {}
+};
+
+// The start of the last piece that stands for a place in a text; null if there is none.
+const char* LastPosition(const OutputPieces& pieces) {
+    const auto first = std::reverse_iterator(pieces.m_pieces.end());
+    const auto end = std::reverse_iterator(pieces.m_pieces.begin());
+    const auto last =
+        std::find_if(first, end, [](const OutputPiece& piece) { return piece.in.m_p1 != nullptr; });
+    return last == end ? nullptr : last->in.m_p1;
+}
+
+}  // namespace
+
+xstring Project::Expand() {
+    xstring result;
+    StringSink sink(result);
+    xostream os(sink);
+    ExpandedOutput output(os);
+    m_output = &output;
+    ExpandFile(ReadInput(), nullptr, &m_session.frame, output);
+    if (m_imports.empty() || m_session.options.keepImports)
+        return result;
+    return CutImports(result, output.m_pieces, m_imports);
+}
+
+// importedAt is where the file is imported, null for the input.
+void Project::ExpandFile(File file, const char* importedAt, VarFrame* vf, ExpandedOutput& output) {
+    const std::string name = file.path.empty() ? "<stdin>" : file.path;
+    const SourceText& text = m_session.texts.Add(name, std::move(file.text), importedAt);
+    m_open.push_back({&text, file.path, file.id});
+    m_session.texts.SetCurrent(text);
+    try {
+        MacroExpand(this, vf, text.text, 0, 0, output);
+    } catch (const std::bad_alloc&) {
+        throw OutOfMemory{LastPosition(output.m_pieces)};
+    }
+    m_open.pop_back();
+    if (!m_open.empty())
+        m_session.texts.SetCurrent(*m_open.back().text);
+}
+
+// ---- imports -----------------------------------------------------------------------------------
+
+namespace {
+
+[[noreturn]] void ThrowImportError(const std::string& message, const char* errorpos) {
+    throw LexScannerException(xstring(ToSubString(message)), errorpos);
+}
+
+std::string ApplyDollarMacros(const Session& session, const xstring& path) {
+    xstring text = path;
+    session.frame.ApplyDollarMacros(text);
+    return std::string(ToView(text));
+}
+
+std::string Join(const std::string& folder, const std::string& path) {
+    const bool isWhole = folder.empty() || path.starts_with('/');
+    return isWhole ? path : folder + (folder.ends_with('/') ? "" : "/") + path;
+}
+
+// With its slash, as that may be all there is of it.
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+}  // namespace
+
+bool Project::HandleImportPath(const xstring& importPath, const char*) {
+    xstring path(ToSubString(RelativeToOpenFile(ApplyDollarMacros(m_session, importPath))));
+    NormalisePath(path);
+    m_importPaths.emplace_back(ToView(path));
+    return true;
+}
+
+bool Project::HandleImport(VarFrame* vf, const xstring& importPath, const char* errorpos) {
+    if (m_open.size() == 1)
+        m_imports.emplace_back(errorpos, *m_output);
+    File file = ReadImport(ApplyDollarMacros(m_session, importPath), errorpos);
+    RefuseCycle(file, errorpos);
+    NullSink sink;
+    xostream os(sink);
+    ExpandedOutput output(os);
+    ExpandFile(std::move(file), errorpos, vf, output);
+    return true;
+}
+
+// ---- files -------------------------------------------------------------------------------------
+
+Project::File Project::ReadInput() const {
+    const std::string& path = m_session.options.input;
+    File file;
+    if (path != "-")
+        file.path = path;
+    const int error =
+        path == "-" ? ReadStandardInput(file.text, file.id) : ReadFile(path, file.text, file.id);
+    if (error != 0)
+        ThrowSystemFault(path == "-" ? "standard input" : path, error);
+    return file;
+}
+
+std::string Project::RelativeToOpenFile(const std::string& path) const {
+    return Join(FolderOf(m_open.back().path), path);
+}
+
+std::vector<std::string> Project::Candidates(const std::string& path) const {
+    std::vector<std::string> candidates = {RelativeToOpenFile(path)};
+    if (path.starts_with('/'))
+        return candidates;
+    for (const auto* folders : {&m_session.options.importFolders, &m_importPaths})
+        for (const std::string& folder : *folders)
+            candidates.push_back(Join(folder, path));
+    return candidates;
+}
+
+Project::File Project::ReadImport(const std::string& path, const char* errorpos) const {
+    std::string reasons;
+    for (const std::string& candidate : Candidates(path)) {
+        File file;
+        file.path = candidate;
+        const int error = ReadFile(candidate, file.text, file.id);
+        if (error == 0)
+            return file;
+        reasons += "\n    " + candidate + ": " + std::strerror(error);
+    }
+    ThrowImportError("Can't import file: " + path + reasons, errorpos);
+}
+
+// The library follows imports wherever they lead, so one that leads back would have no end.
+void Project::RefuseCycle(const File& file, const char* errorpos) const {
+    const auto isSame = [&file](const OpenFile& open) {
+        return open.id == file.id;
+    };
+    const auto start = std::find_if(m_open.begin(), m_open.end(), isSame);
+    if (start == m_open.end())
+        return;
+    std::string path;
+    for (auto open = start; open != m_open.end(); ++open)
+        path += open->text->name + " -> ";
+    ThrowImportError(file.path + " imports itself: " + path + file.path, errorpos);
+}
+
+}  // namespace qzexpand

@@ -1,0 +1,65 @@
+// A text and the files that it imports, expanded in one frame.
+//
+// An @import is followed at once, so that the definitions of the imported file are there for the
+// text behind it. The text of an imported file goes nowhere: only what it defines, and what it
+// prints, has an effect. A file is read and expanded as often as it is imported.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Files.h"
+#include "ImportCuts.h"
+#include "Session.h"
+#include "qzMacroExpander/MacroExpand.h"
+
+namespace qzexpand {
+
+// The memory has run out; the position is that of the last text that was written.
+struct OutOfMemory {
+    const char* pos;
+};
+
+class Project final : public vorn::ImportHandler {
+public:
+    explicit Project(Session& session) : m_session(session) {}
+
+    // Expands the input that the options name. REQUIRES: called once. Throws LexScannerException,
+    // OutOfMemory and Fault.
+    vorn::xstring Expand();
+
+    bool HandleImportPath(const vorn::xstring& importPath, const char* errorpos) override;
+    bool HandleImport(vorn::VarFrame* vf, const vorn::xstring& importPath,
+                      const char* errorpos) override;
+
+private:
+    // A file as it was read.
+    struct File {
+        std::string path;  // empty for standard input
+        FileId id;
+        vorn::xstring text;
+    };
+
+    // A file whose expansion has begun and not ended.
+    struct OpenFile {
+        const SourceText* text;
+        std::string path;
+        FileId id;
+    };
+
+    File ReadInput() const;
+    File ReadImport(const std::string& path, const char* errorpos) const;
+    std::vector<std::string> Candidates(const std::string& path) const;
+    std::string RelativeToOpenFile(const std::string& path) const;
+    void RefuseCycle(const File& file, const char* errorpos) const;
+    void ExpandFile(File file, const char* importedAt, vorn::VarFrame* vf,
+                    vorn::ExpandedOutput& output);
+
+    Session& m_session;
+    std::vector<OpenFile> m_open;                    // outermost first
+    std::vector<std::string> m_importPaths;          // of @importpath, in their order
+    std::vector<Import> m_imports;                   // of the input
+    const vorn::ExpandedOutput* m_output = nullptr;  // of the input
+};
+
+}  // namespace qzexpand
