@@ -149,14 +149,15 @@ TEST_F(UsePython, ThrowsWithoutPathAndLineNumber) {
 }
 
 // sys.exit() in all its forms is an error like any other, for a block and for an expression.
+// The first form would end the test as failed, where others would end it as passed.
 TEST_F(UsePython, TakesSystemExitForAnError) {
     const struct {
         std::string expression, shown;
     } s_rows[] = {
+        {"sys.exit(3)",      "SystemExit: 3\n"     },
         {"sys.exit()",       "SystemExit\n"        },
         {"sys.exit(None)",   "SystemExit\n"        },
         {"sys.exit(0)",      "SystemExit: 0\n"     },
-        {"sys.exit(3)",      "SystemExit: 3\n"     },
         {"sys.exit('bye')",  "SystemExit: bye\n"   },
         {"sys.exit((1, 2))", "SystemExit: (1, 2)\n"},
     };
