@@ -348,7 +348,7 @@ bool IsAssignmentToken(EToken tk) {
 
 void ExpressionParser::ParseExpression(LSLiteral& literal) {
     try {
-        UnsafeParseExpression(literal);
+        ParseAssignmentExpression(literal);  // as UnsafeParseExpression does, for one frame less
     } catch (const LiteralException& e) {
         Throw(*this, e);
     }

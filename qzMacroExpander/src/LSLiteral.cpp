@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "qzMacroExpander/src/LiteralErrors.h"
 #include "qzUtils/StringExt.h"
 #include "qzUtils/VornAssert.h"
 
@@ -40,38 +41,8 @@ void LiteralException::Write(xostream& os) const {
     os << m_description;
 }
 
-namespace {
-
-[[noreturn]] void Throw(StringStream& message) {
-    throw LiteralException(message.GetString().c_str());
-}
-
-[[noreturn, gnu::cold]] void ThrowExpected(ConstStringZ dstType) {
-    StringStream os(4096);
-    os << "Expected " << dstType;
-    Throw(os);
-}
-
-[[noreturn, gnu::cold]] void ThrowNoLength(ELiteral type) {
-    StringStream os(4096);
-    os << "len() not available on " << TypeToString(type);
-    Throw(os);
-}
-
-[[noreturn, gnu::cold]] void ThrowNotAssignable(ELiteral type) {
-    StringStream os(4096);
-    os << "Can't assign to " << TypeToString(type);
-    if (type != LITERAL_UNDEF && type != LITERAL_VOID)
-        os << " r-value";
-    Throw(os);
-}
-
-}  // namespace
-
 void ThrowNoConversion(ConstStringZ srcType, ConstStringZ dstType) {
-    StringStream os(4096);
-    os << "No conversion from " << srcType << " to " << dstType;
-    Throw(os);
+    ThrowLiteralError("No conversion from ", srcType, " to ", dstType);
 }
 
 void ThrowNoConversion(ELiteral srcType, ConstStringZ dstType) {
@@ -79,9 +50,7 @@ void ThrowNoConversion(ELiteral srcType, ConstStringZ dstType) {
 }
 
 void ThrowNoImplicitConversion(ConstStringZ srcType, ConstStringZ dstType) {
-    StringStream os(4096);
-    os << "No implicit conversion from " << srcType << " to " << dstType;
-    Throw(os);
+    ThrowLiteralError("No implicit conversion from ", srcType, " to ", dstType);
 }
 
 void ThrowNoImplicitConversion(ELiteral srcType, ConstStringZ dstType) {
@@ -89,17 +58,13 @@ void ThrowNoImplicitConversion(ELiteral srcType, ConstStringZ dstType) {
 }
 
 void ThrowIncompatibleTypesException(const LSLiteral& x, const LSLiteral& y, ConstStringZ opName) {
-    StringStream os(4096);
-    os << "Incompatible types (" << TypeToString(x.m_type) << " and " << TypeToString(y.m_type)
-       << ") for " << opName << " operation";
-    Throw(os);
+    ThrowLiteralError("Incompatible types (", TypeToString(x.m_type), " and ",
+                      TypeToString(y.m_type), ") for ", opName, " operation");
 }
 
 void ThrowIncompatibleTypeException(const LSLiteral& x, ConstStringZ opName) {
-    StringStream os(4096);
-    os << "Incompatible type (" << TypeToString(x.m_type) << ") for unary " << opName
-       << " operation";
-    Throw(os);
+    ThrowLiteralError("Incompatible type (", TypeToString(x.m_type), ") for unary ", opName,
+                      " operation");
 }
 
 // ---- the coercion table ------------------------------------------------------------------------
@@ -218,7 +183,7 @@ bool Convert(const LSLiteral& x, T& v, ETarget target, bool allowDataLoss, bool 
         return false;
     case EXPECTED:
         if (throwExceptions)
-            ThrowExpected(dstType);
+            ThrowLiteralError("Expected ", dstType);
         return false;
     case BY_VALUE:
         break;
@@ -358,14 +323,15 @@ LSLiteral LSLiteral::MakeChar(xchar value) {
 
 ssize_t LSLiteral::GetLength() const {
     if (m_type != LITERAL_STRING)
-        ThrowNoLength(m_type);
+        ThrowLiteralError("len() not available on ", TypeToString(m_type));
     return m_string.size();
 }
 
 // Kept: the language has no places to assign to. Every assignment ends here, once its right side
 // has been computed.
 void LSLiteral::Assign(const LSLiteral&) {
-    ThrowNotAssignable(m_type);
+    const bool value = m_type != LITERAL_UNDEF && m_type != LITERAL_VOID;
+    ThrowLiteralError("Can't assign to ", TypeToString(m_type), value ? " r-value" : "");
 }
 
 }  // namespace vorn

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "qzMacroExpander/LSLiteral.h"
+#include "qzMacroExpander/src/LiteralErrors.h"
 #include "qzUtils/VornAssert.h"
 
 namespace vorn {
@@ -91,24 +92,6 @@ SubString Text(const LSLiteral& x) {
     return x == LITERAL_CHAR ? SubString(&x.m_char, &x.m_char + 1) : SubString(x.m_string);
 }
 
-[[noreturn]] void ThrowIllDefinedPower(float64 x, float64 y) {
-    StringStream os(4096);
-    os << "Calculation " << x << " ^^ " << y << " ill defined";
-    throw LiteralException(os.GetString().c_str());
-}
-
-[[noreturn]] void ThrowIndexOutOfRange(int32 index, ssize_t size) {
-    StringStream os(4096);
-    os << "Index " << index << " out of range [0," << size << ") on string";
-    throw LiteralException(os.GetString().c_str());
-}
-
-[[noreturn]] void ThrowNotIndexable(ELiteral type) {
-    StringStream os(4096);
-    os << "[] not available on " << TypeToString(type);
-    throw LiteralException(os.GetString().c_str());
-}
-
 // ---- arithmetic --------------------------------------------------------------------------------
 
 // Computes on the bits of two ints or on two floats.
@@ -138,21 +121,21 @@ LSLiteral Integral(const LSLiteral& x, const LSLiteral& y, ConstStringZ opName,
 struct Divide {
     uint64 operator()(uint64 x, uint64 y) const {
         if (y == 0)
-            throw LiteralException("Division by zero error");
+            ThrowLiteralError("Division by zero error");
         if (static_cast<int64>(y) == -1)
             return 0 - x;
         return static_cast<uint64>(static_cast<int64>(x) / static_cast<int64>(y));
     }
     float64 operator()(float64 x, float64 y) const {
         if (y == 0.0)
-            throw LiteralException("Division by zero");
+            ThrowLiteralError("Division by zero");
         return x / y;
     }
 };
 
 int64 Remainder(uint64 x, uint64 y) {
     if (y == 0)
-        throw LiteralException("Modulo zero error");
+        ThrowLiteralError("Modulo zero error");
     if (static_cast<int64>(y) == -1)
         return 0;
     return static_cast<int64>(x) % static_cast<int64>(y);
@@ -219,7 +202,7 @@ LSLiteral Power(const LSLiteral& x, const LSLiteral& y) {
     const float64 base = Number(x);
     const float64 exponent = Number(y);
     if (base == 0.0 && exponent < 0.0)
-        ThrowIllDefinedPower(base, exponent);
+        ThrowLiteralError("Calculation ", base, " ^^ ", exponent, " ill defined");
     const LSLiteral power = std::pow(base, exponent);
     return result == INT ? LSLiteral(power.AsInt64(true)) : power;
 }
@@ -345,10 +328,10 @@ bool operator==(const LSLiteral& x, const LSLiteral& y) {
 
 LSLiteral LSLiteral::operator[](const LSLiteral& index) const {
     if (m_type != LITERAL_STRING)
-        ThrowNotIndexable(m_type);
+        ThrowLiteralError("[] not available on ", TypeToString(m_type));
     const int32 i = index.AsInt32(false);
     if (i < 0 || i >= m_string.size())
-        ThrowIndexOutOfRange(i, m_string.size());
+        ThrowLiteralError("Index ", i, " out of range [0,", m_string.size(), ") on string");
     return MakeChar(m_string[i]);
 }
 

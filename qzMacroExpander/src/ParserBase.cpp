@@ -1,6 +1,6 @@
 #include "qzMacroExpander/ParserBase.h"
 
-#include "qzUtils/StringStream.h"
+#include "qzMacroExpander/src/ScannerErrors.h"
 
 namespace vorn {
 
@@ -15,9 +15,8 @@ void ParserBase::ReadNextToken() {
 }
 
 void ParserBase::ThrowExpectedException(ConstStringZ expected) const {
-    StringStream os(4096);
-    os << "Expected " << expected << " after " << m_prevToken << " when read " << m_token;
-    throw LexScannerException(os.GetString(), m_token);
+    ThrowScannerError(m_token, "Expected ", expected, " after ", m_prevToken, " when read ",
+                      m_token);
 }
 
 void ParserBase::ParseGivenToken(EToken token, ConstStringZ desc) {

@@ -514,7 +514,7 @@ TEST(LSLiteral, OnlyStringsHaveALength) {
         {Char('a'),   "len() not available on char"   },
     };
     for (const auto& [x, message] : rows)
-        EXPECT_EQ(LiteralErrorOf([&] { x.GetLength(); }), message);
+        EXPECT_EQ(LiteralErrorOf([&literal = x] { literal.GetLength(); }), message);
 }
 
 TEST(LSLiteral, NothingCanBeAssignedTo) {
