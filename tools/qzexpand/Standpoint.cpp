@@ -97,13 +97,13 @@ std::size_t FindSteps(const Session& session, const void* low, const void* high,
     Judged judged;
     std::size_t count = 0;
     for (; word < last && count < size && !judged.IsFull(); ++word) {
-        const std::uintptr_t p1 = ReadWord(word);
-        const std::uintptr_t bytes = ReadWord(word + 1) - p1;
-        if (bytes == 0 || bytes > s_mostBytes)
+        const std::uintptr_t start = ReadWord(word);
+        const std::uintptr_t end = ReadWord(word + 1);
+        if (start == end || end - start > s_mostBytes)
             continue;
-        const auto* start = reinterpret_cast<const char*>(p1);
-        const SubString pair(start, start + bytes);
-        if (session.texts.Find(start) == nullptr || !judged.Add(pair))
+        const SubString pair(reinterpret_cast<const char*>(start),
+                             reinterpret_cast<const char*>(end));
+        if (session.texts.Find(pair.m_p1) == nullptr || !judged.Add(pair))
             continue;
         const Step step = RecogniseStep(session, pair);
         if (step.text != nullptr)
