@@ -31,11 +31,17 @@ bool IsWholeIdentifier(const SourceText& text, SubString s) {
            && (s.m_p2 == all.m_p2 || !IsCharOf(*s.m_p2, CHAR_IDENTIFIER));
 }
 
-bool IsMacro(const FileScopeVarFrame& frame, SubString name) {
-    for (const LSVariable* var = frame.m_localVariables.m_first; var != nullptr; var = var->m_next)
-        if (var->m_name == name && var->GetType() == LSV_MACRO)
-            return true;
-    return false;
+// Whether a name in a text stands for a macro of the file's frame, and is not the very name that
+// one was defined by.
+bool IsMacroCall(const FileScopeVarFrame& frame, SubString name) {
+    bool found = false;
+    for (const LSVariable* var = frame.m_localVariables.m_first; var != nullptr;
+         var = var->m_next) {
+        if (var->m_name.m_p1 == name.m_p1)
+            return false;
+        found = found || (var->m_name == name && var->GetType() == LSV_MACRO);
+    }
+    return found;
 }
 
 // What stands behind the @ of a directive that runs further text; empty for anything else.
@@ -60,7 +66,7 @@ Step RecogniseStep(const Session& session, SubString token) {
         const SubString name = NameOfDirective(*text, token.m_p1);
         return name.empty() ? Step{} : Step{text, token, name};
     }
-    const bool isCall = IsWholeIdentifier(*text, token) && IsMacro(session.frame, token);
+    const bool isCall = IsWholeIdentifier(*text, token) && IsMacroCall(session.frame, token);
     return isCall ? Step{text, token, token} : Step{};
 }
 
