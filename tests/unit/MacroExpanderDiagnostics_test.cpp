@@ -5,7 +5,9 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
+
+#include <unistd.h>
 
 #include "qzUtils/xostream.h"
 #include "tests/support/Expand.h"
@@ -96,10 +98,20 @@ TEST(PrintDirective, KeepsTheOrderOfAnOutputThatGoesToTheSamePlace) {
 }
 
 TEST(PrintDirective, IsOutAtOnce) {
+    for (const std::string_view text : {"@print(ab)", "@println(a)"}) {
+        off_t offset = 0;  // what has reached the file behind the standard output
+        PrintedBy([&] {
+            Expand(text);
+            offset = ::lseek(STDOUT_FILENO, 0, SEEK_CUR);
+        });
+        EXPECT_EQ(offset, 2) << text;
+    }
+}
+
+TEST(PrintDirective, StaysPrintedWhereTheTextFailsLater) {
     Session session;
-    std::string printed;
-    printed = PrintedBy([&] { session.ExpandError("@print(a)@println(b)@else @print(c)"); });
-    EXPECT_EQ(printed, "ab\n");
+    EXPECT_EQ(PrintedBy([&] { session.ExpandError("@print(a)@println(b)@else @print(c)"); }),
+              "ab\n");
 }
 
 TEST(PrintDirective, ThatFailsPrintsNothing) {
