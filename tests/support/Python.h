@@ -86,7 +86,8 @@ inline std::string StdoutOf(const std::function<void()>& action) {
 class ModuleDirectory {
 public:
     ModuleDirectory() {
-        std::string name = (std::filesystem::temp_directory_path() / "modules-XXXXXX").string();
+        std::string name = (std::filesystem::temp_directory_path() / "modules-").string();
+        name.append(6, 'X');  // what mkdtemp replaces
         if (mkdtemp(name.data()) == nullptr)
             throw std::runtime_error("can't make a directory like " + name);
         m_path = name;
