@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <new>
 
+#include <unistd.h>
+
 #include "Definitions.h"
 #include "Diagnostics.h"
 #include "Expressions.h"
@@ -66,7 +68,7 @@ void ReportOutOfMemory(const SourceTexts& texts, const char* pos) {
                + "qzexpand: --memory-limit=MIB gives it more\n");
 }
 
-// Returns the exit status.
+// Returns the exit status. Throws std::bad_alloc where not even the report can be made.
 int ProduceOrReport(Session& session) {
     try {
         Produce(session);
@@ -77,10 +79,17 @@ int ProduceOrReport(Session& session) {
         ReportOutOfMemory(session.texts, e.pos);
     } catch (const Fault& e) {
         ReportFault(e.what());
-    } catch (const std::bad_alloc&) {
-        ReportFault("the memory ran out");
     }
     return s_statusError;
+}
+
+int ProduceInMemory(Session& session) {
+    try {
+        return ProduceOrReport(session);
+    } catch (const std::bad_alloc&) {
+        WriteAll(STDERR_FILENO, "qzexpand: the memory ran out\n");
+        return s_statusError;
+    }
 }
 
 }  // namespace
@@ -92,7 +101,7 @@ void ReportFault(const std::string& message) {
 int Run(const Options& options) {
     Session session{options};
     try {
-        return RunWithinLimits(session, [&session] { return ProduceOrReport(session); });
+        return RunWithinLimits(session, [&session] { return ProduceInMemory(session); });
     } catch (const Fault& e) {
         ReportFault(e.what());
         return s_statusError;

@@ -1,0 +1,63 @@
+// The document of the tool: what its examples show is what happens.
+
+#include "ToolRunner.h"
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Lines that were typed, and everything that came back.
+struct Example {
+    std::string commands;
+    std::string output;
+};
+
+// The blocks of the document that are marked as console.
+std::vector<Example> ReadExamples() {
+    std::ifstream document(QZEXPAND_DOCUMENT);
+    std::vector<Example> examples;
+    bool isInside = false;
+    for (std::string line; std::getline(document, line);) {
+        if (line == "```console")
+            examples.emplace_back();
+        isInside = line == "```console" || (isInside && line != "```");
+        if (!isInside || line == "```console")
+            continue;
+        if (line.rfind("$ ", 0) == 0)
+            examples.back().commands += line.substr(2) + '\n';
+        else
+            examples.back().output += line + '\n';
+    }
+    return examples;
+}
+
+std::string OutputOf(const std::string& commands) {
+    std::FILE* pipe = ::popen(("exec 2>&1\n" + commands).c_str(), "r");
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        output += static_cast<char>(c);
+    ::pclose(pipe);
+    return output;
+}
+
+class ToolDocument : public tool_test::ToolTest {};
+
+TEST_F(ToolDocument, ShowsInItsExamplesWhatHappens) {
+    const std::vector<Example> examples = ReadExamples();
+    EXPECT_GE(examples.size(), 6u);
+    for (std::size_t i = 0; i < examples.size(); ++i) {
+        const fs::path folder = PathOf(std::to_string(i));
+        fs::create_directory(folder);
+        EXPECT_EQ(OutputOf("cd '" + folder.string() + "'\nqzexpand() { '" QZEXPAND "' \"$@\"; }\n"
+                           + examples[i].commands),
+                  examples[i].output)
+            << examples[i].commands;
+    }
+}
+
+}  // namespace
