@@ -82,7 +82,7 @@ void CatchEndingSignals() {
         if (action.sa_handler == SIG_IGN)  // as under nohup
             continue;
         action.sa_handler = OnEnd;
-        action.sa_flags = SA_RESETHAND | SA_NODEFER | SA_ONSTACK;
+        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER | SA_ONSTACK;
         ::sigaction(signal, &action, nullptr);
     }
 }
