@@ -253,6 +253,59 @@ TEST(ExpandedOutput, TracksTheColumnThroughMixedWrites) {
                       Verbatim(source, 6, 1), Indentation(4), Verbatim(source, 7, 1)}));
 }
 
+// A sink that keeps apart what it gets in one call.
+class Calls : public IOutputStream {
+public:
+    std::vector<std::string> m_calls;
+
+    void WriteStream(const void* p, ssize_t n) override {
+        m_calls.emplace_back(static_cast<const char*>(p), static_cast<std::size_t>(n));
+    }
+    void FlushStream() override {}
+};
+
+class Deferred : public testing::Test {
+protected:
+    Calls calls;
+    xostream os{calls};
+    ExpandedOutput output{os};
+    const SubString source{"ab\ncd"};
+
+    SubString Part(ssize_t from, ssize_t to) const {
+        return SubString(source.m_p1 + from, source.m_p1 + to);
+    }
+};
+
+using Strings = std::vector<std::string>;
+
+TEST_F(Deferred, RunsThatFollowEachOtherReachTheStreamAsOne) {
+    output.DeferSubStringFromSourceFile(Part(0, 1), 0);
+    output.DeferSubStringFromSourceFile(Part(1, 3), 0);
+    EXPECT_EQ(calls.m_calls, Strings{});
+    EXPECT_EQ(output.GetColumnPos(), -1);
+    output.DeferSubStringFromSourceFile(Part(3, 3), 0);
+    output.DeferSubStringFromSourceFile(Part(3, 5), 0);
+    EXPECT_EQ(output.m_size, 5);
+    EXPECT_EQ(output.size(), 5);
+    output.WriteDeferred();
+    EXPECT_EQ(calls.m_calls, Strings{"ab\ncd"});
+    EXPECT_EQ(output.m_pieces.m_pieces.size(), 3);
+    output.WriteDeferred();
+    EXPECT_EQ(calls.m_calls, Strings{"ab\ncd"}) << "once only";
+}
+
+TEST_F(Deferred, RunsKeepTheirPlaceAmongAllElse) {
+    output.DeferSubStringFromSourceFile(Part(0, 1), 0);
+    output.DeferSubStringFromSourceFile(Part(3, 4), 0);
+    output.WriteCalculatedSubString("x", source, 0);
+    output.DeferSubStringFromSourceFile(Part(4, 5), 0);
+    output.WriteSubStringFromSourceFile(Part(0, 1), 0);
+    output.DeferSubStringFromSourceFile(Part(2, 4), 2);
+    output.WriteCalculatedSubString("y", source, 0);
+    EXPECT_EQ(calls.m_calls, (Strings{"a", "c", "x", "d", "a", "\n", "  ", "c", "y"}));
+    EXPECT_EQ(output.m_size, 10);
+}
+
 TEST(ExpandedOutput, GetPiecesSwaps) {
     Output output;
     output.m_output.WriteSubStringFromSourceFile("abc", 0);

@@ -499,6 +499,41 @@ TEST(Directive, ImportsInTheOutermostTextOnly) {
               (LexError{"@importpath statement not allowed here\n    invoking macro k", 10}));
 }
 
+TEST(Directive, ImportsInNoNestedTextOfAnyKind) {
+    const std::string_view texts[] = {
+        "@scope { IMPORT }",
+        "@if (true) { IMPORT }",
+        "@if (IMPORT true) {}",
+        "@for (x in [1]) { IMPORT }",
+        "@for (x in [IMPORT]) {}",
+        "@while (true) { IMPORT }",
+        "@[IMPORT]",
+        "@[@quote(IMPORT)]",
+        "@(IMPORT)",
+        "@str(IMPORT)",
+        "@print(IMPORT)",
+        "@let string s := { IMPORT }",
+        "@let string s = { IMPORT }",
+        "@def m = { IMPORT }\nm",
+        "@def m(a) = { a }\nm(IMPORT)",
+        "@def m(int a) = { a }\nm(IMPORT)",
+        "@def int m = { IMPORT }\nm",
+        "@def m(g()) = { g(IMPORT) }\nm(x)",
+        "@def m(g()) = { g(1) }\nm(IMPORT)",
+    };
+    MemoryFiles files;
+    files.m_files["x"] = "";
+    for (const std::string_view text : texts) {
+        std::string nested(text);
+        nested.replace(nested.find("IMPORT"), 6, "@import \"x\"");
+        Session session;
+        session.m_importHandler = &files;
+        const std::string message = session.ExpandError(nested).description;
+        EXPECT_EQ(message.substr(0, message.find('\n')), "@import statement not allowed here")
+            << text;
+    }
+}
+
 TEST(Directive, ElseAloneIsAnError) {
     EXPECT_EQ(ExpandError("a @else { x }"), (LexError{"@else with no matching @if directive", 3}));
     EXPECT_EQ(ExpandError("@ else"), (LexError{"@else with no matching @if directive", 2}));
