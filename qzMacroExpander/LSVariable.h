@@ -14,8 +14,7 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <string_view>
-#include <unordered_map>
+#include <vector>
 
 #include "qzUtils/StringExt.h"
 #include "qzUtils/SubString.h"
@@ -153,6 +152,32 @@ extern bool s_started;
 extern int32 s_count;
 void SetStarted();
 
+// The variables of a long list by the hash of their names: a table with open addressing, in which
+// a name that is not there costs a look at one slot, as most words of a text are no names.
+class LSVariableIndex {
+public:
+    static std::size_t Hash(SubString name);
+
+    // Adds var, or puts it in the place of the variable of its name.
+    void Set(LSVariable* var);
+
+    // hash is Hash(name).
+    LSVariable* Find(SubString name, std::size_t hash) const;
+
+private:
+    struct Slot {
+        std::size_t hash;
+        LSVariable* variable;  // null where the slot is free
+    };
+
+    // The slot that holds name, or the free one where it belongs.
+    std::size_t FindSlot(SubString name, std::size_t hash) const;
+    void Grow();
+
+    std::vector<Slot> m_slots;  // as many as a power of two, at most half of them taken
+    std::size_t m_taken = 0;
+};
+
 // The variables of one frame.
 //
 // A list of a few variables is searched from the newest on; a longer one has an index.
@@ -171,26 +196,35 @@ public:
 
     // The newest variable of that exact name, or null.
     LSVariable* Find(SubString name) {
+        CountLookup();
+        return m_index != nullptr ? m_index->Find(name, LSVariableIndex::Hash(name)) : Walk(name);
+    }
+
+    // The same, for whoever asks many lists. hash is LSVariableIndex::Hash(name).
+    LSVariable* Find(SubString name, std::size_t hash) {
+        CountLookup();
+        return m_index != nullptr ? m_index->Find(name, hash) : Walk(name);
+    }
+
+    void WriteToStream(xostream& os) const;
+
+private:
+    static void CountLookup() {
         if (s_started)
             s_count = static_cast<int32>(static_cast<uint32>(s_count) + 1);
-        if (m_index != nullptr)
-            return FindInIndex(name);
+    }
+
+    LSVariable* Walk(SubString name) const {
         LSVariable* var = m_first;
         while (var != nullptr && var->m_name != name)
             var = var->m_next;
         return var;
     }
 
-    void WriteToStream(xostream& os) const;
-
-private:
-    using Index = std::unordered_map<std::string_view, LSVariable*>;
-
-    LSVariable* FindInIndex(SubString name) const;
     void AddToIndex(LSVariable* var);
 
-    ssize_t m_size = 0;              // variables on the list, hidden ones included
-    std::unique_ptr<Index> m_index;  // the same as m_map, once there are many
+    ssize_t m_size = 0;                        // variables on the list, hidden ones included
+    std::unique_ptr<LSVariableIndex> m_index;  // the same as m_map, once there are many
 };
 
 // One scope: a file, a call of a macro, a branch, a turn of a loop.
@@ -247,6 +281,7 @@ public:
 
 private:
     LSVariable* FindInImports(SubString name, const xchar* pos);
+    LSVariable* Find2(SubString name, std::size_t hash);
 };
 
 // The form of a use of a dollar macro, $(NAME): if s starts with one, sets name to the identifier

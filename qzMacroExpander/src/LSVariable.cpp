@@ -1,6 +1,8 @@
 #include "qzMacroExpander/LSVariable.h"
 
 #include <algorithm>
+#include <functional>
+#include <string_view>
 
 #include "ScannerErrors.h"
 #include "qzUtils/StringStream.h"
@@ -64,10 +66,6 @@ namespace {
 // walked over too: a naked macro adds its arguments to one frame with every call.
 constexpr ssize_t s_variablesWithoutIndex = 8;
 
-std::string_view Key(SubString name) {
-    return {name.m_p1, static_cast<std::size_t>(name.size())};
-}
-
 }  // namespace
 
 // The list owns the variable before anything can throw: no look-up then finds one that is gone.
@@ -83,17 +81,49 @@ void LSVariableList::AddToIndex(LSVariable* var) {
     if (m_index == nullptr) {
         if (m_size <= s_variablesWithoutIndex)
             return;
-        auto index = std::make_unique<Index>();
+        auto index = std::make_unique<LSVariableIndex>();
         for (const auto& [name, variable] : m_map)
-            index->emplace(Key(name), variable);
+            index->Set(variable);
         m_index = std::move(index);
     }
-    (*m_index)[Key(var->m_name)] = var;
+    m_index->Set(var);
 }
 
-LSVariable* LSVariableList::FindInIndex(SubString name) const {
-    const auto it = m_index->find(Key(name));
-    return it == m_index->end() ? nullptr : it->second;
+std::size_t LSVariableIndex::Hash(SubString name) {
+    return std::hash<std::string_view>()(
+        std::string_view(name.m_p1, static_cast<std::size_t>(name.size())));
+}
+
+LSVariable* LSVariableIndex::Find(SubString name, std::size_t hash) const {
+    return m_slots[FindSlot(name, hash)].variable;
+}
+
+std::size_t LSVariableIndex::FindSlot(SubString name, std::size_t hash) const {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t i = hash & mask;
+    while (m_slots[i].variable != nullptr
+           && (m_slots[i].hash != hash || m_slots[i].variable->m_name != name))
+        i = (i + 1) & mask;
+    return i;
+}
+
+void LSVariableIndex::Set(LSVariable* var) {
+    if (2 * m_taken >= m_slots.size())
+        Grow();
+    const std::size_t hash = Hash(var->m_name);
+    Slot& slot = m_slots[FindSlot(var->m_name, hash)];
+    m_taken += slot.variable == nullptr ? 1 : 0;
+    slot = Slot{hash, var};
+}
+
+void LSVariableIndex::Grow() {
+    constexpr std::size_t s_least = 32;
+    std::vector<Slot> old(std::max(s_least, 2 * m_slots.size()), Slot{0, nullptr});
+    old.swap(m_slots);
+    for (const Slot& slot : old) {
+        if (slot.variable != nullptr)
+            m_slots[FindSlot(slot.variable->m_name, slot.hash)] = slot;
+    }
 }
 
 void LSVariableList::WriteToStream(xostream& os) const {
@@ -126,10 +156,19 @@ LSVariable* VarFrame::Find2(SubString name) {
     return nullptr;
 }
 
+LSVariable* VarFrame::Find2(SubString name, std::size_t hash) {
+    for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent) {
+        if (LSVariable* var = frame->m_localVariables.Find(name, hash))
+            return var;
+    }
+    return nullptr;
+}
+
 LSVariable* VarFrame::FindInImports(SubString name, const xchar* pos) {
     LSVariable* found = nullptr;
+    const std::size_t hash = LSVariableIndex::Hash(name);
     for (VarFrame* frame : m_setOfFrames) {
-        LSVariable* var = frame->Find2(name);
+        LSVariable* var = frame->Find2(name, hash);
         if (found != nullptr && var != nullptr && var != found)
             return FindInDirectImports(name, pos);
         if (found == nullptr)
