@@ -16,8 +16,8 @@ Dir::State::Lists "$scratch/machine/lists/";
 Dir::Cache "$scratch/machine/cache/";
 CONF
     export APT_CONFIG=$scratch/apt.conf
-    release debian.example_debian bookworm Debian Debian
-    release debian.example_debian bookworm-updates Debian Debian
+    release main.example_debian bookworm Debian Debian
+    release main.example_debian bookworm-updates Debian Debian
     release security.example_debian-security bookworm-security Debian Debian-Security
     release vendor.example_debian bookworm Vendor Vendor
 }
@@ -46,19 +46,19 @@ new_machine
 sources sources.list <<'LIST'
 # deb http://old.example/debian bookworm main
 deb http://vendor.example/debian bookworm main
-deb-src http://debian.example/debian bookworm main
-deb http://debian.example/debian bookworm-updates main
-deb http://debian.example/debian bookworm main contrib # the main archive
+deb-src http://main.example/debian bookworm main
+deb http://main.example/debian bookworm-updates main
+deb http://main.example/debian bookworm main contrib # the main archive
 deb http://security.example/debian-security bookworm-security main
 LIST
-derived "a plain line" "deb http://debian.example/debian bullseye main" list
+derived "a plain line" "deb http://main.example/debian bullseye main" list
 
 new_machine
 sources sources.list.d/debian.list <<LIST
-deb [ arch=$architecture signed-by=/keys/debian.gpg ] http://debian.example/debian/ bookworm main
+deb [ arch=$architecture signed-by=/keys/debian.gpg ] http://main.example/debian/ bookworm main
 LIST
 derived "a line with options, in a file of its own" \
-    "deb [ arch=$architecture signed-by=/keys/debian.gpg ] http://debian.example/debian/ bullseye main" \
+    "deb [ arch=$architecture signed-by=/keys/debian.gpg ] http://main.example/debian/ bullseye main" \
     list
 
 new_machine
@@ -72,12 +72,12 @@ Signed-By: /keys/vendor.gpg
 
 Enabled: no
 Types: deb
-URIs: http://debian.example/debian
+URIs: http://main.example/debian
 Suites: bookworm
 Components: main
 
 Types: deb deb-src
-URIs: http://debian.example/debian
+URIs: http://main.example/debian
 Suites: bookworm bookworm-updates
 Components: main
  contrib
@@ -98,7 +98,7 @@ SOURCES
 derived "a stanza with options and a key" "Types: deb
 Suites: bullseye
 Components: main
-URIs: http://debian.example/debian
+URIs: http://main.example/debian
 Architectures: $architecture
 Check-Valid-Until: no
 Signed-By:
