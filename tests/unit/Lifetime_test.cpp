@@ -251,6 +251,18 @@ TEST(TextWithinATemporaryText, KeepsItForWhatItDefines) {
     }
 }
 
+TEST(TextWithinATemporaryText, KeepsItForWhatThePythonOfAMacroDefines) {
+    // The expression is expanded before anybody asks for Python.
+    ForbidPython();
+    Session session;
+    EXPECT_EQ(session.ExpandError("@[@quote(@defpython p = { @def + m = { kept } 1 } p)]"),
+              (LexError{"Python initialisation error: forbidden by the host\n"
+                        "    invoking python macro p\n"
+                        "    in @[@defpython p = { @def + m = { kept } 1 } p]",
+                        0}));
+    EXPECT_EQ(session.Expand("m"), " kept ");
+}
+
 // ---- definitions of definitions -----------------------------------------------------------------
 
 TEST(DefinitionFromATemporaryText, MayDefineFurtherMacrosWhenItsFrameIsGone) {

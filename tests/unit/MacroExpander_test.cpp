@@ -506,7 +506,7 @@ TEST(Directive, ImportsInNoNestedTextOfAnyKind) {
         "@if (IMPORT true) {}",
         "@for (x in [1]) { IMPORT }",
         "@for (x in [IMPORT]) {}",
-        "@while (true) { IMPORT }",
+        "@let bool go = { true } @while (go) { @let go = { false } IMPORT }",
         "@[IMPORT]",
         "@[@quote(IMPORT)]",
         "@(IMPORT)",
