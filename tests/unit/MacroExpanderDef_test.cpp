@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -281,102 +280,90 @@ TEST(Definition, TakesTheIndentationOfTheNextLine) {
 
 // ---- errors ------------------------------------------------------------------------------------
 
-struct Fault {
-    std::string_view text;
-    std::string_view message;
-    ssize_t offset;
-};
-
-void ExpectFaults(std::initializer_list<Fault> faults) {
-    for (const Fault& fault : faults) {
-        Session session;
-        EXPECT_EQ(session.ExpandError(fault.text),
-                  (LexError{std::string(fault.message), fault.offset}))
-            << fault.text;
-        EXPECT_EQ(session.m_frame.m_localVariables.m_first, nullptr) << "the frame is as it was";
-    }
+void ExpectFault(std::string_view text, const char* message, ssize_t offset) {
+    Session session;
+    EXPECT_EQ(session.ExpandError(text), (LexError{message, offset})) << text;
+    EXPECT_EQ(session.m_frame.m_localVariables.m_first, nullptr) << "the frame is as it was";
 }
 
 TEST(DefinitionError, OfTheName) {
-    ExpectFaults({
-        {"@def",              "Identifier expected for macro name when read EOS",   4},
-        {"@def 1 = x",        "Identifier expected for macro name when read 1",     5},
-        {"@def + \"m\" = x",  "Identifier expected for macro name when read \"m\"", 7},
-        {"@def ++ m = x",     "Identifier expected for macro name when read ++",    5},
-        {"@def + + m = x",    "Identifier expected for macro name when read +",     7},
-        {"@def int = 5",      "Identifier expected for macro name when read =",     9},
-        {"@def int (a) = 5",  "Identifier expected for macro name when read (",     9},
-        {"@def int + m = 5",  "Identifier expected for macro name when read +",     9},
-        {"@def @//x\n m = 5", "Identifier expected for macro name when read @//x",  5},
-    });
+    ExpectFault("@def", "Identifier expected for macro name when read EOS", 4);
+    ExpectFault("@def 1 = x", "Identifier expected for macro name when read 1", 5);
+    ExpectFault("@def + \"m\" = x", "Identifier expected for macro name when read \"m\"", 7);
+    ExpectFault("@def ++ m = x", "Identifier expected for macro name when read ++", 5);
+    ExpectFault("@def + + m = x", "Identifier expected for macro name when read +", 7);
+    ExpectFault("@def int = 5", "Identifier expected for macro name when read =", 9);
+    ExpectFault("@def int (a) = 5", "Identifier expected for macro name when read (", 9);
+    ExpectFault("@def int + m = 5", "Identifier expected for macro name when read +", 9);
+    ExpectFault("@def @//x\n m = 5", "Identifier expected for macro name when read @//x", 5);
 }
 
 TEST(DefinitionError, BehindTheName) {
-    ExpectFaults({
-        {"@def m",      "= or ( expected for definition of macro m when read EOS", 6 },
-        {"@def m x",    "= or ( expected for definition of macro m when read x",   7 },
-        {"@def m == x", "= or ( expected for definition of macro m when read ==",  7 },
-        {"@def int m[", "= or ( expected for definition of macro m when read [",   10},
-    });
+    ExpectFault("@def m", "= or ( expected for definition of macro m when read EOS", 6);
+    ExpectFault("@def m x", "= or ( expected for definition of macro m when read x", 7);
+    ExpectFault("@def m == x", "= or ( expected for definition of macro m when read ==", 7);
+    ExpectFault("@def int m[", "= or ( expected for definition of macro m when read [", 10);
 }
 
 TEST(DefinitionError, OfAFormalArgument) {
-    ExpectFaults({
-        {"@def m(",                  "Read EOS while trying to read argument for definition of macro m", 7 },
-        {"@def m(,a) = x",           "Read , while trying to read argument for definition of macro m",   7 },
-        {"@def m(a,) = x",           "Read ) while trying to read argument for definition of macro m",   9 },
-        {"@def m(a,,b) = x",         "Read , while trying to read argument for definition of macro m",   9 },
-        {"@def m(int) = x",          "Read ) while trying to read argument for definition of macro m",   10},
-        {"@def m(int 1) = x",        "Read 1 while trying to read argument for definition of macro m",   11},
-        {"@def m(a,b,a) = x",        "Repeated argument a in definition of macro m",                     11},
-        {"@def m(a, int a) = x",     "Repeated argument a in definition of macro m",                     14},
-        {"@def m(a(), a) = x",       "Repeated argument a in definition of macro m",                     12},
-        {"@def m(false) = x",        "Invalid formal argument 'false' in definition of macro m",         7 },
-        {"@def m(a, bool true) = x", "Invalid formal argument 'true' in definition of macro m",          15},
-        {"@def m(g(",                "Expected ) when read EOS",                                         9 },
-        {"@def m(g(x)) = x",         "Expected ) when read x",                                           9 },
-        {"@def m(g(()) = x",         "Expected ) when read (",                                           9 },
-    });
+    ExpectFault("@def m(", "Read EOS while trying to read argument for definition of macro m", 7);
+    ExpectFault("@def m(,a) = x", "Read , while trying to read argument for definition of macro m",
+                7);
+    ExpectFault("@def m(a,) = x", "Read ) while trying to read argument for definition of macro m",
+                9);
+    ExpectFault("@def m(a,,b) = x",
+                "Read , while trying to read argument for definition of macro m", 9);
+    ExpectFault("@def m(int) = x", "Read ) while trying to read argument for definition of macro m",
+                10);
+    ExpectFault("@def m(int 1) = x",
+                "Read 1 while trying to read argument for definition of macro m", 11);
+    ExpectFault("@def m(a,b,a) = x", "Repeated argument a in definition of macro m", 11);
+    ExpectFault("@def m(a, int a) = x", "Repeated argument a in definition of macro m", 14);
+    ExpectFault("@def m(a(), a) = x", "Repeated argument a in definition of macro m", 12);
+    ExpectFault("@def m(false) = x", "Invalid formal argument 'false' in definition of macro m", 7);
+    ExpectFault("@def m(a, bool true) = x",
+                "Invalid formal argument 'true' in definition of macro m", 15);
+    ExpectFault("@def m(g(", "Expected ) when read EOS", 9);
+    ExpectFault("@def m(g(x)) = x", "Expected ) when read x", 9);
+    ExpectFault("@def m(g(()) = x", "Expected ) when read (", 9);
 }
 
 TEST(DefinitionError, BehindAFormalArgument) {
-    ExpectFaults({
-        {"@def m(a",
-         "Comma or right parenthesis expected when read EOS\n"
-         "while reading argument list for definition of macro m", 8 },
-        {"@def m(a b) = x",
-         "Comma or right parenthesis expected when read b\n"
-         "while reading argument list for definition of macro m", 9 },
-        {"@def m(g()()) = x",
-         "Comma or right parenthesis expected when read (\n"
-         "while reading argument list for definition of macro m", 10},
-        {"@def m(a] = x",
-         "Comma or right parenthesis expected when read ]\n"
-         "while reading argument list for definition of macro m", 8 },
-    });
+    ExpectFault("@def m(a",
+                "Comma or right parenthesis expected when read EOS\n"
+                "while reading argument list for definition of macro m",
+                8);
+    ExpectFault("@def m(a b) = x",
+                "Comma or right parenthesis expected when read b\n"
+                "while reading argument list for definition of macro m",
+                9);
+    ExpectFault("@def m(g()()) = x",
+                "Comma or right parenthesis expected when read (\n"
+                "while reading argument list for definition of macro m",
+                10);
+    ExpectFault("@def m(a] = x",
+                "Comma or right parenthesis expected when read ]\n"
+                "while reading argument list for definition of macro m",
+                8);
 }
 
 TEST(DefinitionError, OfTheEqualSign) {
-    ExpectFaults({
-        {"@def m()",       "= expected in definition of macro m when read EOS", 8 },
-        {"@def m(a) x",    "= expected in definition of macro m when read x",   10},
-        {"@def m(a) := x", "= expected in definition of macro m when read :",   10},
-        {"@def m(a) == x", "= expected in definition of macro m when read ==",  10},
-    });
+    ExpectFault("@def m()", "= expected in definition of macro m when read EOS", 8);
+    ExpectFault("@def m(a) x", "= expected in definition of macro m when read x", 10);
+    ExpectFault("@def m(a) := x", "= expected in definition of macro m when read :", 10);
+    ExpectFault("@def m(a) == x", "= expected in definition of macro m when read ==", 10);
 }
 
 TEST(DefinitionError, OfTheBodyIsThatOfItsScanner) {
-    ExpectFaults({
-        {"@def m =",        "Expected { when read EOS",                              8 },
-        {"@def m =  ",      "Expected { when read EOS",                              10},
-        {"@def m = {",      "Met EOS before closing }",                              10},
-        {"@def m = { x",    "Met EOS while reading bracketted string",               12},
-        {"@def m =\n",      "Expected { when read EOS",                              9 },
-        {"@def m =\nx",     "Expected { when read x",                                9 },
-        {"@def m =\n{\n x", "Met EOS before closing }",                              13},
-        {"@def m = \x01",   "Bad token \x01",                                        9 },
-        {"@def m = { ' }",  "Met EOS within single quoted string after reading ' }", 14},
-    });
+    ExpectFault("@def m =", "Expected { when read EOS", 8);
+    ExpectFault("@def m =  ", "Expected { when read EOS", 10);
+    ExpectFault("@def m = {", "Met EOS before closing }", 10);
+    ExpectFault("@def m = { x", "Met EOS while reading bracketted string", 12);
+    ExpectFault("@def m =\n", "Expected { when read EOS", 9);
+    ExpectFault("@def m =\nx", "Expected { when read x", 9);
+    ExpectFault("@def m =\n{\n x", "Met EOS before closing }", 13);
+    ExpectFault("@def m = \x01", "Bad token \x01", 9);
+    ExpectFault("@def m = { ' }", "Met EOS within single quoted string after reading ' }", 14);
 }
 
 TEST(DefinitionError, OfAMissingFrameComesBehindTheBody) {

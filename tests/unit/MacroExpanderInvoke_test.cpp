@@ -14,41 +14,27 @@ using namespace vorn;
 
 using Texts = std::vector<std::string>;
 
-struct Case {
-    std::string_view definitions;
-    std::string_view text;
-    std::string_view output;
-};
-
 // Expands a text behind its definitions, which leave no output.
-void ExpectOutputs(std::initializer_list<Case> cases) {
-    for (const Case& c : cases) {
-        Session session;
-        EXPECT_EQ(session.Expand(c.definitions), "") << c.definitions;
-        EXPECT_EQ(session.Expand(c.text), c.output) << c.definitions << c.text;
-    }
+void ExpectOutput(std::string_view definitions, std::string_view text, std::string_view output) {
+    Session session;
+    EXPECT_EQ(session.Expand(definitions), "") << definitions;
+    EXPECT_EQ(session.Expand(text), output) << definitions << text;
 }
-
-struct Fault {
-    std::string_view definitions;
-    std::string_view text;
-    std::string_view message;
-    ssize_t offset;  // in the text; faults in a text that is gone, or in the definitions, have none
-};
 
 constexpr ssize_t s_elsewhere = -1;
 
-void ExpectFaults(std::initializer_list<Fault> faults) {
-    for (const Fault& fault : faults) {
-        Session session;
-        EXPECT_EQ(session.Expand(fault.definitions), "") << fault.definitions;
-        const LexError error = session.ExpandError(fault.text);
-        EXPECT_EQ(error.description, fault.message) << fault.definitions << fault.text;
-        if (fault.offset == s_elsewhere) {
-            EXPECT_FALSE(error.offset >= 0 && error.offset <= session.LastText().size());
-        } else {
-            EXPECT_EQ(error.offset, fault.offset) << fault.definitions << fault.text;
-        }
+// The error of a text behind its definitions, and where it lies in the text: elsewhere, if in the
+// definitions or in a text that is gone.
+void ExpectFault(std::string_view definitions, std::string_view text, std::string_view message,
+                 ssize_t offset) {
+    Session session;
+    EXPECT_EQ(session.Expand(definitions), "") << definitions;
+    const LexError error = session.ExpandError(text);
+    EXPECT_EQ(error.description, message) << definitions << text;
+    if (offset == s_elsewhere) {
+        EXPECT_FALSE(error.offset >= 0 && error.offset <= session.LastText().size());
+    } else {
+        EXPECT_EQ(error.offset, offset) << definitions << text;
     }
 }
 
@@ -65,97 +51,85 @@ TEST(Value, TakesThePlaceOfItsNameAlone) {
 // ---- argument lists ----------------------------------------------------------------------------
 
 TEST(Call, WithoutFormalArgumentsReadsNoList) {
-    ExpectOutputs({
-        {"@def m = x",   "m(1)",  "x(1)"},
-        {"@def m() = x", "m()",   "x()" },
-        {"@def m = x",   "m m",   "x x" },
-        {"@def m = x",   "(m)",   "(x)" },
-        {"@def m = {}",  "a m b", "a  b"},
-    });
+    ExpectOutput("@def m = x", "m(1)", "x(1)");
+    ExpectOutput("@def m() = x", "m()", "x()");
+    ExpectOutput("@def m = x", "m m", "x x");
+    ExpectOutput("@def m = x", "(m)", "(x)");
+    ExpectOutput("@def m = {}", "a m b", "a  b");
 }
 
 TEST(Call, WithFormalArgumentsReadsAList) {
-    ExpectOutputs({
-        {"@def f(a) = <a>",     "f(1)",                "<1>"          },
-        {"@def f(a) = <a>",     "f()",                 "<>"           },
-        {"@def f(a) = <a>",     "f(  )",               "<>"           },
-        {"@def f(a) = <a>",     "f (1);",              "<1>;"         },
-        {"@def f(a) = <a>",     "f\n\n(1)",            "<1>"          },
-        {"@def f(a) = <a>",     "f /* x */ // y\n(1)", "<1>"          },
-        {"@def f(a) = <a>",     "f(1)(2)",             "<1>(2)"       },
-        {"@def f(a,b) = <a|b>", "f(1,2)",              "<1|2>"        },
-        {"@def f(a,b) = <a|b>", "f( 1 , 2 )",          "<1|2>"        },
-        {"@def f(a,b) = <a|b>", "f(,)",                "<|>"          },
-        {"@def f(a,b) = <a|b>", "f(1,)",               "<1|>"         },
-        {"@def f(a,b) = <a|b>", "f(\n1\n,\n2\n)",      "<1|2>"        },
-        {"@def f(a,b) = <b|a>", "f(1 2, 3)",           "<3|1 2>"      },
-        {"@def f(a) = <a>",     "f(1 /* x */)",        "<1>"          },
-        {"@def f(a) = <a>",     "f(1 /* x */ 2)",      "<1 /* x */ 2>"},
-        {"@def f(a) = <a,a>",   "f(x y)",              "<x y,x y>"    },
-    });
+    ExpectOutput("@def f(a) = <a>", "f(1)", "<1>");
+    ExpectOutput("@def f(a) = <a>", "f()", "<>");
+    ExpectOutput("@def f(a) = <a>", "f(  )", "<>");
+    ExpectOutput("@def f(a) = <a>", "f (1);", "<1>;");
+    ExpectOutput("@def f(a) = <a>", "f\n\n(1)", "<1>");
+    ExpectOutput("@def f(a) = <a>", "f /* x */ // y\n(1)", "<1>");
+    ExpectOutput("@def f(a) = <a>", "f(1)(2)", "<1>(2)");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(1,2)", "<1|2>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f( 1 , 2 )", "<1|2>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(,)", "<|>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(1,)", "<1|>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(\n1\n,\n2\n)", "<1|2>");
+    ExpectOutput("@def f(a,b) = <b|a>", "f(1 2, 3)", "<3|1 2>");
+    ExpectOutput("@def f(a) = <a>", "f(1 /* x */)", "<1>");
+    ExpectOutput("@def f(a) = <a>", "f(1 /* x */ 2)", "<1 /* x */ 2>");
+    ExpectOutput("@def f(a) = <a,a>", "f(x y)", "<x y,x y>");
 }
 
 TEST(Call, KeepsBracketsOfAnArgumentTogether) {
-    ExpectOutputs({
-        {"@def f(a,b) = <a|b>", "f((1,2),3)",       "<(1,2)|3>"      },
-        {"@def f(a,b) = <a|b>", "f(g(1,2),{3,4})",  "<g(1,2)|{3,4}>" },
-        {"@def f(a,b) = <a|b>", "f([1,(2],3)",      "<[1,(2]|3>"     },
-        {"@def f(a,b) = <a|b>", "f(a[1)],b)",       "<a[1)]|b>"      },
-        {"@def f(a,b) = <a|b>", "f(\"1,2)\",'3,')", "<\"1,2)\"|'3,'>"},
-        {"@def f(a,b) = <a|b>", "f(1 /* , */ 0,2)", "<1 /* , */ 0|2>"},
-        {"@def f(a,b) = <a|b>", "f(`1,2(`,`3)`)",   "<1,2(|3)>"      },
-        {"@def f(a,b) = <a|b>", "f( ` 1 ` , `` )",  "< 1 |>"         },
-    });
+    ExpectOutput("@def f(a,b) = <a|b>", "f((1,2),3)", "<(1,2)|3>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(g(1,2),{3,4})", "<g(1,2)|{3,4}>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f([1,(2],3)", "<[1,(2]|3>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(a[1)],b)", "<a[1)]|b>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(\"1,2)\",'3,')", "<\"1,2)\"|'3,'>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(1 /* , */ 0,2)", "<1 /* , */ 0|2>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f(`1,2(`,`3)`)", "<1,2(|3)>");
+    ExpectOutput("@def f(a,b) = <a|b>", "f( ` 1 ` , `` )", "< 1 |>");
 }
 
 TEST(CallError, OfItsList) {
-    ExpectFaults({
-        {"@def f(a) = x",          "f",        "( expected to begin argument list for macro f(a) when read EOS", 1},
-        {"@def f(a,b) = x",        "f [1]",
-         "( expected to begin argument list for macro f(a,b) when read [",                                       2},
-        {"@def f(int a, g()) = x", "f\n;",
-         "( expected to begin argument list for macro f(a,g) when read ;",                                       2},
-        {"@def f(a,b) = x",        "f()",      "Insufficient arguments provided for macro f(a,b)",               2},
-        {"@def f(a,b) = x",        " f(1)",    "Insufficient arguments provided for macro f(a,b)",               4},
-        {"@def f(a,b,c) = x",      "f(1,2)",   "Insufficient arguments provided for macro f(a,b,c)",             5},
-        {"@def f(a,b) = x",        "f(`1`)",   "Insufficient arguments provided for macro f(a,b)",               5},
-        {"@def f(a) = x",          "f(1,2)",   "Too many arguments provided for macro f(a)",                     3},
-        {"@def f(a) = x",          "f(,)",     "Too many arguments provided for macro f(a)",                     2},
-        {"@def f(a,b) = x",        "f(1,2,3)", "Too many arguments provided for macro f(a,b)",                   5},
-        {"@def f(a) = x",          "f(",       "Met EOS while reading argument ",                                2},
-        {"@def f(a) = x",          "f( ",      "Met EOS while reading argument ",                                3},
-        {"@def f(a) = x",          "f(1",      "Met EOS while reading argument 1",                               3},
-        {"@def f(a) = x",          "f((1)",    "Met EOS while reading argument (1)",                             5},
-        {"@def f(a,b) = x",        "f(1,",     "Met EOS while reading argument ",                                4},
-        {"@def f(a) = x",          "f(`1",     "Met EOS while reading argument `1",                              4},
-        {"@def f(a) = x",          "f(\x01)",  "Bad token \x01",                                                 2},
-    });
+    ExpectFault("@def f(a) = x", "f",
+                "( expected to begin argument list for macro f(a) when read EOS", 1);
+    ExpectFault("@def f(a,b) = x", "f [1]",
+                "( expected to begin argument list for macro f(a,b) when read [", 2);
+    ExpectFault("@def f(int a, g()) = x", "f\n;",
+                "( expected to begin argument list for macro f(a,g) when read ;", 2);
+    ExpectFault("@def f(a,b) = x", "f()", "Insufficient arguments provided for macro f(a,b)", 2);
+    ExpectFault("@def f(a,b) = x", " f(1)", "Insufficient arguments provided for macro f(a,b)", 4);
+    ExpectFault("@def f(a,b,c) = x", "f(1,2)", "Insufficient arguments provided for macro f(a,b,c)",
+                5);
+    ExpectFault("@def f(a,b) = x", "f(`1`)", "Insufficient arguments provided for macro f(a,b)", 5);
+    ExpectFault("@def f(a) = x", "f(1,2)", "Too many arguments provided for macro f(a)", 3);
+    ExpectFault("@def f(a) = x", "f(,)", "Too many arguments provided for macro f(a)", 2);
+    ExpectFault("@def f(a,b) = x", "f(1,2,3)", "Too many arguments provided for macro f(a,b)", 5);
+    ExpectFault("@def f(a) = x", "f(", "Met EOS while reading argument ", 2);
+    ExpectFault("@def f(a) = x", "f( ", "Met EOS while reading argument ", 3);
+    ExpectFault("@def f(a) = x", "f(1", "Met EOS while reading argument 1", 3);
+    ExpectFault("@def f(a) = x", "f((1)", "Met EOS while reading argument (1)", 5);
+    ExpectFault("@def f(a,b) = x", "f(1,", "Met EOS while reading argument ", 4);
+    ExpectFault("@def f(a) = x", "f(`1", "Met EOS while reading argument `1", 4);
+    ExpectFault("@def f(a) = x", "f(\x01)", "Bad token \x01", 2);
 }
 
 // The token behind a last argument in back quotes is taken for the closing bracket.
 TEST(Call, DoesNotTestWhatEndsALastArgumentInBackQuotes) {
-    ExpectOutputs({
-        {"@def f(a) = <a>", "f(`1`;2", "<1>2"},
-        {"@def f(a) = <a>", "f(`1`",   "<1>" },
-    });
+    ExpectOutput("@def f(a) = <a>", "f(`1`;2", "<1>2");
+    ExpectOutput("@def f(a) = <a>", "f(`1`", "<1>");
 }
 
 TEST(CallError, BehindAnArgumentInBackQuotes) {
-    ExpectFaults({
-        {"@def f(a,b) = x", "f(`1`", "Met EOS while reading argument ", 5},
-    });
+    ExpectFault("@def f(a,b) = x", "f(`1`", "Met EOS while reading argument ", 5);
 }
 
 // ---- call by name ------------------------------------------------------------------------------
 
 TEST(UntypedArgument, IsExpandedWhereverItIsUsed) {
-    ExpectOutputs({
-        {"@def one = 1\n@def f(a) = a-a",    "f(one)",       "1-1"                 },
-        {"@def one = 1\n@def f(a) = a",      "f(f(f(one)))", "1"                   },
-        {"@def one = 1\n@def f(a) = x",      "f(one)",       "x"                   },
-        {"@def f(a) = x",                    "f(@else)",     "x"                   },
-        {"@def f(a) = 'a' \"a\" /* a */ ab", "f(1)",         "'a' \"a\" /* a */ ab"},
-    });
+    ExpectOutput("@def one = 1\n@def f(a) = a-a", "f(one)", "1-1");
+    ExpectOutput("@def one = 1\n@def f(a) = a", "f(f(f(one)))", "1");
+    ExpectOutput("@def one = 1\n@def f(a) = x", "f(one)", "x");
+    ExpectOutput("@def f(a) = x", "f(@else)", "x");
+    ExpectOutput("@def f(a) = 'a' \"a\" /* a */ ab", "f(1)", "'a' \"a\" /* a */ ab");
 }
 
 TEST(UntypedArgument, HasItsSideEffectsWithEveryUse) {
@@ -171,17 +145,13 @@ TEST(UntypedArgument, HasItsSideEffectsWithEveryUse) {
 }
 
 TEST(UntypedArgument, IsExpandedInTheFrameOfItsCaller) {
-    ExpectOutputs({
-        {"@def x = outer\n@def f(a) = { @def x = inner\n a/x }", "f(x)",   " outer/inner "},
-        {"@def f(x) = x\n@def g(x) = f(x)",                      "g(1)",   "1"            },
-        {"@def f(a,b) = a\n@def g(a,b) = f(b,a)",                "g(1,2)", "2"            },
-    });
+    ExpectOutput("@def x = outer\n@def f(a) = { @def x = inner\n a/x }", "f(x)", " outer/inner ");
+    ExpectOutput("@def f(x) = x\n@def g(x) = f(x)", "g(1)", "1");
+    ExpectOutput("@def f(a,b) = a\n@def g(a,b) = f(b,a)", "g(1,2)", "2");
 }
 
 TEST(UntypedArgument, MayBeNamedInAnotherArgument) {
-    ExpectOutputs({
-        {"@def a = outer\n@def f(a,b) = a/b", "f(1,a)", "1/outer"},
-    });
+    ExpectOutput("@def a = outer\n@def f(a,b) = a/b", "f(1,a)", "1/outer");
 }
 
 TEST(Body, SeesTheVariablesOfWhoeverCalls) {
@@ -204,32 +174,25 @@ TEST(Body, SeesTheValuesOfWhoeverCalls) {
 }
 
 TEST(Body, IsNotReadAgain) {
-    ExpectOutputs({
-        {"@def one = 1\n@def f = on",      "f@@e",         "one"       },
-        {"@def one = 1\n@def f(a) = a@@e", "f(on)",        "one"       },
-        {"@def f = @",                     "f@@def k = 1", "@def k = 1"},
-    });
+    ExpectOutput("@def one = 1\n@def f = on", "f@@e", "one");
+    ExpectOutput("@def one = 1\n@def f(a) = a@@e", "f(on)", "one");
+    ExpectOutput("@def f = @", "f@@def k = 1", "@def k = 1");
 }
 
 TEST(Body, MayCallFurtherMacros) {
-    ExpectOutputs({
-        {"@def a = <b>\n@def b = c",                     "a",    "<c>"     },
-        {"@def a(x) = [b(x,x)]\n@def b(x,y) = x+y",      "a(1)", "[1+1]"   },
-        {"@def a(x) = @if (x > 0) { x a(@[ @(x-1) ]) }", "a(2)", " 2  1   "},
-    });
+    ExpectOutput("@def a = <b>\n@def b = c", "a", "<c>");
+    ExpectOutput("@def a(x) = [b(x,x)]\n@def b(x,y) = x+y", "a(1)", "[1+1]");
+    ExpectOutput("@def a(x) = @if (x > 0) { x a(@[ @(x-1) ]) }", "a(2)", " 2  1   ");
 }
 
 TEST(Definition, InABodyDiesWithTheCall) {
-    ExpectOutputs({
-        {"@def m = { @def n = { 1 } n }", "m n", " 1   n"},
-    });
+    ExpectOutput("@def m = { @def n = { 1 } n }", "m n", " 1   n");
 }
 
 TEST(Exportdef, InABodyLandsInTheFrameOfTheCaller) {
-    ExpectOutputs({
-        {"@def m = @exportdef n = 1",                                            "<m><n>",  "<><1>"},
-        {"@def m = { @exportdef n = { k } }\n@def k = { @exportdef l = { 1 } }", "m@@n@@l", "  l"  },
-    });
+    ExpectOutput("@def m = @exportdef n = 1", "<m><n>", "<><1>");
+    ExpectOutput("@def m = { @exportdef n = { k } }\n@def k = { @exportdef l = { 1 } }", "m@@n@@l",
+                 "  l");
     Session session;
     VarFrame child(&session.m_frame);
     session.Expand("@def m = @exportdef n = 1\n");
@@ -240,12 +203,10 @@ TEST(Exportdef, InABodyLandsInTheFrameOfTheCaller) {
 // ---- naked macros ------------------------------------------------------------------------------
 
 TEST(NakedMacro, LeavesArgumentsAndDefinitionsBehind) {
-    ExpectOutputs({
-        {"@nakeddef n(a) = <a>",             "a n(1) a",      "a <1> 1"  },
-        {"@nakeddef n(a) = <a>",             "n(1) n(2) a",   "<1> <2> 2"},
-        {"@nakeddef n = { @def k = { 1 } }", "k n k",         "k   1 "   },
-        {"@nakeddef n(a) = @def k = a",      "n(1) k n(2) k", " 1  2"    },
-    });
+    ExpectOutput("@nakeddef n(a) = <a>", "a n(1) a", "a <1> 1");
+    ExpectOutput("@nakeddef n(a) = <a>", "n(1) n(2) a", "<1> <2> 2");
+    ExpectOutput("@nakeddef n = { @def k = { 1 } }", "k n k", "k   1 ");
+    ExpectOutput("@nakeddef n(a) = @def k = a", "n(1) k n(2) k", " 1  2");
 }
 
 TEST(NakedMacro, RunsInTheFrameOfItsCaller) {
@@ -258,9 +219,7 @@ TEST(NakedMacro, RunsInTheFrameOfItsCaller) {
 }
 
 TEST(NakedMacro, InABodyUsesTheFrameOfThatCall) {
-    ExpectOutputs({
-        {"@nakeddef n(a) = <a>\n@def m = { n(1) a }", "m a", " <1> 1  a"},
-    });
+    ExpectOutput("@nakeddef n(a) = <a>\n@def m = { n(1) a }", "m a", " <1> 1  a");
 }
 
 TEST(NakedMacro, ExportsFromTheFrameOfItsCaller) {
@@ -275,105 +234,95 @@ TEST(NakedMacro, ExportsFromTheFrameOfItsCaller) {
 // ---- functions as arguments --------------------------------------------------------------------
 
 TEST(FunctionArgument, StandsForTheMacroThatItNames) {
-    ExpectOutputs({
-        {"@def h(a) = <a>\n@def f(g()) = g(1)",                     "f(h)",     "<1>"  },
-        {"@def h(a,b) = <a|b>\n@def f(g()) = g(1,2)",               "f(h)",     "<1|2>"},
-        {"@def h(a) = <a>\n@def f(g()) = g ( 1 )",                  "f( h )",   "<1>"  },
-        {"@def h(a) = <a>\n@def f(g()) = g(g(1))",                  "f(h)",     "<<1>>"},
-        {"@def h(a) = <a>\n@def f(g(), x) = g(x)",                  "f(h,2)",   "<2>"  },
-        {"@def h(a) = <a>\n@def f(g()) = k(g)\n@def k(g()) = g(1)", "f(h)",     "<1>"  },
-        {"@def f(g()) = g(1)",                                      "f(h)",     "h(1)" },
-        {"@def h = x\n@def f(g()) = g(1)",                          "f(h)",     "x(1)" },
-        {"@def f(g()) = x",                                         "f(@else)", "x"    },
-        {"@def h(a) = <a>\n@def f(g()) = g()",                      "f(h)",     "<>"   },
-    });
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g(1)", "f(h)", "<1>");
+    ExpectOutput("@def h(a,b) = <a|b>\n@def f(g()) = g(1,2)", "f(h)", "<1|2>");
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g ( 1 )", "f( h )", "<1>");
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g(g(1))", "f(h)", "<<1>>");
+    ExpectOutput("@def h(a) = <a>\n@def f(g(), x) = g(x)", "f(h,2)", "<2>");
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = k(g)\n@def k(g()) = g(1)", "f(h)", "<1>");
+    ExpectOutput("@def f(g()) = g(1)", "f(h)", "h(1)");
+    ExpectOutput("@def h = x\n@def f(g()) = g(1)", "f(h)", "x(1)");
+    ExpectOutput("@def f(g()) = x", "f(@else)", "x");
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g()", "f(h)", "<>");
 }
 
 TEST(FunctionArgument, HasItsArgumentsExpandedWhereTheUseStands) {
-    ExpectOutputs({
-        {"@def x = outer\n@def h(a) = <a>\n@def f(g()) = { @def x = inner\n g(x) }", "f(h)",
-         " <inner> "                                                                              },
-        {"@def h(a) = <a>\n@def comma = `,`\n@def f(g()) = g(comma)",                "f(h)", "<,>"},
-    });
+    ExpectOutput("@def x = outer\n@def h(a) = <a>\n@def f(g()) = { @def x = inner\n g(x) }", "f(h)",
+                 " <inner> ");
+    ExpectOutput("@def h(a) = <a>\n@def comma = `,`\n@def f(g()) = g(comma)", "f(h)", "<,>");
 }
 
 TEST(FunctionArgument, RunsInTheFrameOfTheCaller) {
-    ExpectOutputs({
-        {"@def x = outer\n@def h(a) = x\n@def f(g()) = { @def x = inner\n g(1) }", "f(h)",
-         " outer "                                                                                },
-        {"@nakeddef n(a) = a\n@def f(g()) = g(1)",                                 "f(n) a", "1 1"},
-    });
+    ExpectOutput("@def x = outer\n@def h(a) = x\n@def f(g()) = { @def x = inner\n g(1) }", "f(h)",
+                 " outer ");
+    ExpectOutput("@nakeddef n(a) = a\n@def f(g()) = g(1)", "f(n) a", "1 1");
 }
 
 TEST(FunctionArgument, MayHoldAWholeCallsBeginning) {
-    ExpectOutputs({
-        {"@def h(a) = <a>\n@def f(g()) = g(1)", "f(x h)",      "x <1>"  },
-        {"@def h(a) = <a>\n@def f(g()) = g(1)", "f(`h(2) h`)", "<2> <1>"},
-    });
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g(1)", "f(x h)", "x <1>");
+    ExpectOutput("@def h(a) = <a>\n@def f(g()) = g(1)", "f(`h(2) h`)", "<2> <1>");
 }
 
 TEST(FunctionArgumentError, OfItsList) {
-    ExpectFaults({
-        {"@def h(a) = x", "@def f(g()) = g\nf(h)",
-         "( expected to begin argument list for macro g when read EOS\n"
-         "    invoking macro f(g) with g=h",                                           15},
-        {"@def h(a) = x", "@def f(g()) = g;\nf(h)",
-         "( expected to begin argument list for macro g when read ;\n"
-         "    invoking macro f(g) with g=h",                                           15},
-        {"@def h(a) = x", "@def f(g()) = g(1\nf(h)",
-         "Met EOS while reading bracketted section\n    invoking macro f(g) with g=h", 17},
-    });
+    ExpectFault("@def h(a) = x", "@def f(g()) = g\nf(h)",
+                "( expected to begin argument list for macro g when read EOS\n"
+                "    invoking macro f(g) with g=h",
+                15);
+    ExpectFault("@def h(a) = x", "@def f(g()) = g;\nf(h)",
+                "( expected to begin argument list for macro g when read ;\n"
+                "    invoking macro f(g) with g=h",
+                15);
+    ExpectFault("@def h(a) = x", "@def f(g()) = g(1\nf(h)",
+                "Met EOS while reading bracketted section\n    invoking macro f(g) with g=h", 17);
 }
 
 TEST(FunctionArgumentError, OfItsArgumentsGetsNoContextOfItsOwn) {
-    ExpectFaults({
-        {"@def h(a) = x", "@def f(g()) = g(@else)\nf(h)",
-         "@else with no matching @if directive\n    invoking macro f(g) with g=h", 17},
-    });
+    ExpectFault("@def h(a) = x", "@def f(g()) = g(@else)\nf(h)",
+                "@else with no matching @if directive\n    invoking macro f(g) with g=h", 17);
 }
 
 TEST(FunctionArgumentError, OfTheCallGetsALineForIt) {
-    ExpectFaults({
-        {"@def h(a,b) = x\n@def f(g()) = g(1)",      "f(h)",
-         "Insufficient arguments provided for macro h(a,b)\n"
-         "    invoking macro g\n"
-         "    invoking macro f(g) with g=h",        s_elsewhere},
-        {"@def h(a) = @else\n@def f(g(), x) = g(x)", "f(h,2)",
-         "@else with no matching @if directive\n"
-         "    invoking macro h(a) with a=2\n"
-         "    invoking macro g\n"
-         "    invoking macro f(g,x) with g=h, x=2", s_elsewhere},
-    });
+    ExpectFault("@def h(a,b) = x\n@def f(g()) = g(1)", "f(h)",
+                "Insufficient arguments provided for macro h(a,b)\n"
+                "    invoking macro g\n"
+                "    invoking macro f(g) with g=h",
+                s_elsewhere);
+    ExpectFault("@def h(a) = @else\n@def f(g(), x) = g(x)", "f(h,2)",
+                "@else with no matching @if directive\n"
+                "    invoking macro h(a) with a=2\n"
+                "    invoking macro g\n"
+                "    invoking macro f(g,x) with g=h, x=2",
+                s_elsewhere);
 }
 
 // ---- errors that pass --------------------------------------------------------------------------
 
 TEST(PassingError, GetsALineForEachCall) {
-    ExpectFaults({
-        {"", "@def m = @else\nm",                               "@else with no matching @if directive\n    invoking macro m", 10},
-        {"", "@def m() = @else\nm",                             "@else with no matching @if directive\n    invoking macro m",
-         12                                                                                                                     },
-        {"", "@def m(a) = @else\nm( x  y )",
-         "@else with no matching @if directive\n    invoking macro m(a) with a=x  y",                                         13},
-        {"", "@def m(a,b,c) = @else\nm(1,,`)`)",
-         "@else with no matching @if directive\n    invoking macro m(a,b,c) with a=1, b=, c=)",                               17},
-        {"", "@def m = @else\n@def k(a) = m\n@def l = k(1)\nl",
-         "@else with no matching @if directive\n"
-         "    invoking macro m\n"
-         "    invoking macro k(a) with a=1\n"
-         "    invoking macro l",                                                                                              10},
-        {"", "@nakeddef m(a) = @else\nm(1)",
-         "@else with no matching @if directive\n    invoking macro m(a) with a=1",                                            18},
-    });
+    ExpectFault("", "@def m = @else\nm",
+                "@else with no matching @if directive\n    invoking macro m", 10);
+    ExpectFault("", "@def m() = @else\nm",
+                "@else with no matching @if directive\n    invoking macro m", 12);
+    ExpectFault("", "@def m(a) = @else\nm( x  y )",
+                "@else with no matching @if directive\n    invoking macro m(a) with a=x  y", 13);
+    ExpectFault(
+        "", "@def m(a,b,c) = @else\nm(1,,`)`)",
+        "@else with no matching @if directive\n    invoking macro m(a,b,c) with a=1, b=, c=)", 17);
+    ExpectFault("", "@def m = @else\n@def k(a) = m\n@def l = k(1)\nl",
+                "@else with no matching @if directive\n"
+                "    invoking macro m\n"
+                "    invoking macro k(a) with a=1\n"
+                "    invoking macro l",
+                10);
+    ExpectFault("", "@nakeddef m(a) = @else\nm(1)",
+                "@else with no matching @if directive\n    invoking macro m(a) with a=1", 18);
 }
 
 TEST(PassingError, OfAnUntypedArgumentGetsALineForItAndOneForTheCall) {
-    ExpectFaults({
-        {"@def m(a,b) = b a", "m(x @else, 2)",
-         "@else with no matching @if directive\n"
-         "    invoking macro a\n"
-         "    invoking macro m(a,b) with a=x @else, b=2", 5},
-    });
+    ExpectFault("@def m(a,b) = b a", "m(x @else, 2)",
+                "@else with no matching @if directive\n"
+                "    invoking macro a\n"
+                "    invoking macro m(a,b) with a=x @else, b=2",
+                5);
 }
 
 TEST(PassingError, LeavesTheFramesOfTheCallsBehind) {
@@ -390,14 +339,14 @@ TEST(PassingError, KeepsWhatTheCallHasWritten) {
 
 TEST(PassingError, OfAPythonMacroNamesTheMacroAlone) {
     ForbidPython();
-    ExpectFaults({
-        {"@defpython p(a) = a",       "p(1);",
-         "Python initialisation error: forbidden by the host\n    invoking python macro p", 4          },
-        {"@defpython p(a) = a @else", "p(1);",
-         "@else with no matching @if directive\n    invoking python macro p",               s_elsewhere},
-        {"@defpython p(int a) = a",   "p(@else);",
-         "@else with no matching @if directive\n    passing formal argument a to macro p",  3          },
-    });
+    ExpectFault("@defpython p(a) = a", "p(1);",
+                "Python initialisation error: forbidden by the host\n    invoking python macro p",
+                4);
+    ExpectFault("@defpython p(a) = a @else", "p(1);",
+                "@else with no matching @if directive\n    invoking python macro p", s_elsewhere);
+    ExpectFault("@defpython p(int a) = a", "p(@else);",
+                "@else with no matching @if directive\n    passing formal argument a to macro p",
+                3);
 }
 
 // ---- layout ------------------------------------------------------------------------------------
@@ -464,23 +413,19 @@ TEST(CallOutput, OfAFunctionArgumentMayComeFromATextThatIsGone) {
 // ---- typed arguments and results ---------------------------------------------------------------
 
 TEST(TypedArgument, IsEvaluatedOnceAtTheCall) {
-    ExpectOutputs({
-        {"@def f(int a) = a a",                "f(1 + 2)",           "3 3"    },
-        {"@def f(int a) = a + a",              "f(1 + 2)",           "3 + 3"  },
-        {"@def f(bool a) = a",                 "f(1 < 2)",           "true"   },
-        {"@def f(double a) = a",               "f(1 / 4.0)",         "0.25"   },
-        {"@def f(string a) = a",               "f(\"x\" + 'y')",     "xy"     },
-        {"@def f(char a) = a",                 "f(\"x\")",           "'x'"    },
-        {"@def f(int a, b, string c) = a b c", "f(1+1, 1+1, \"1\")", "2 1+1 1"},
-        {"@def n = 5\n@def f(int a) = a",      "f(n * 2)",           "10"     },
-    });
+    ExpectOutput("@def f(int a) = a a", "f(1 + 2)", "3 3");
+    ExpectOutput("@def f(int a) = a + a", "f(1 + 2)", "3 + 3");
+    ExpectOutput("@def f(bool a) = a", "f(1 < 2)", "true");
+    ExpectOutput("@def f(double a) = a", "f(1 / 4.0)", "0.25");
+    ExpectOutput("@def f(string a) = a", "f(\"x\" + 'y')", "xy");
+    ExpectOutput("@def f(char a) = a", "f(\"x\")", "'x'");
+    ExpectOutput("@def f(int a, b, string c) = a b c", "f(1+1, 1+1, \"1\")", "2 1+1 1");
+    ExpectOutput("@def n = 5\n@def f(int a) = a", "f(n * 2)", "10");
 }
 
 TEST(TypedArgument, IsEvaluatedInTheFrameOfItsCaller) {
-    ExpectOutputs({
-        {"@def x = 1\n@def f(int a) = { @def x = 2\n a/x }", "f(x)",    " 1/2 "},
-        {"@def x = 1\n@def f(x, int a) = a",                 "f(2, x)", "1"    },
-    });
+    ExpectOutput("@def x = 1\n@def f(int a) = { @def x = 2\n a/x }", "f(x)", " 1/2 ");
+    ExpectOutput("@def x = 1\n@def f(x, int a) = a", "f(2, x)", "1");
 }
 
 TEST(TypedArgument, HasItsSideEffectsOnce) {
@@ -517,22 +462,19 @@ TEST(TypedArgumentError, SaysWhichArgumentEvenIfTheBodyNeverUsesIt) {
 }
 
 TEST(TypedArgumentError, InABodyShowsTheValue) {
-    ExpectFaults({
-        {"", "@def f(int a, b) = @else\nf(1 + 1, 1 + 1)",
-         "@else with no matching @if directive\n    invoking macro f(a,b) with a=2, b=1 + 1", 20},
-    });
+    ExpectFault("", "@def f(int a, b) = @else\nf(1 + 1, 1 + 1)",
+                "@else with no matching @if directive\n    invoking macro f(a,b) with a=2, b=1 + 1",
+                20);
 }
 
 TEST(TypedResult, IsTheValueOfTheBody) {
-    ExpectOutputs({
-        {"@def int f = 1 + 2",            "f",          "3"    },
-        {"@def bool f(a,b) = (a) == (b)", "f(1+1,2)",   "true" },
-        {"@def double f = 1 / 8.0",       "f",          "0.125"},
-        {"@def string f(a) = \"<\" + a",  "f(\"x\")",   "<x"   },
-        {"@def char f = \"x\"",           "f",          "'x'"  },
-        {"@def int f(int a) = a * 2",     "f(f(f(1)))", "8"    },
-        {"@nakeddef int f(a) = a",        "f(1+1) a",   "2 1+1"},
-    });
+    ExpectOutput("@def int f = 1 + 2", "f", "3");
+    ExpectOutput("@def bool f(a,b) = (a) == (b)", "f(1+1,2)", "true");
+    ExpectOutput("@def double f = 1 / 8.0", "f", "0.125");
+    ExpectOutput("@def string f(a) = \"<\" + a", "f(\"x\")", "<x");
+    ExpectOutput("@def char f = \"x\"", "f", "'x'");
+    ExpectOutput("@def int f(int a) = a * 2", "f(f(f(1)))", "8");
+    ExpectOutput("@nakeddef int f(a) = a", "f(1+1) a", "2 1+1");
 }
 
 TEST(TypedResult, ComesFromTheName) {
