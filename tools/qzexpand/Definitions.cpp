@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "Expressions.h"
-#include "Views.h"
+#include "common/Views.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -42,4 +42,4 @@ void Define(Session& session, const Definition& definition) {
     }
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -3,11 +3,11 @@
 
 #include "Session.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // Adds one definition of the options to the frame; it hides an earlier one of the same name. The
 // value becomes one of the texts, so that errors in it can be reported. Throws
 // LexScannerException.
 void Define(Session& session, const Definition& definition);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -5,12 +5,12 @@
 
 #include <unistd.h>
 
-#include "Files.h"
-#include "Views.h"
-#include "Visible.h"
+#include "common/Files.h"
+#include "common/Views.h"
+#include "common/Visible.h"
 #include "qzUtils/StringExt.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using vorn::SubString;
 
@@ -119,4 +119,4 @@ void WriteError(const std::string& report) {
     WriteAll(STDERR_FILENO, ToSubString(report));
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

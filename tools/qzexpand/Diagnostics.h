@@ -16,7 +16,7 @@
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSToken.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // A position in a text, found by its address.
 struct Place {
@@ -42,4 +42,4 @@ std::string FormatError(const SourceTexts& texts, const vorn::LexScannerExceptio
 // Writes to standard error, in one piece.
 void WriteError(const std::string& report);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -4,7 +4,7 @@
 #include "qzMacroExpander/MacroExpand.h"
 #include "qzUtils/StringStream.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -88,4 +88,4 @@ xstring EvaluateAsText(VarFrame& frame, const SourceText& source) {
                     [](ExpressionParser& parser) { return parser.ParseString(true); });
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

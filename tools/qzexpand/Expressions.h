@@ -4,7 +4,7 @@
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSVariable.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // The text that @let stores for a value of the type, with no loss of data in the conversion.
 // Throws LexScannerException, at the place in the source where that is known.
@@ -13,4 +13,4 @@ vorn::xstring EvaluateAs(vorn::ELSVariable type, vorn::VarFrame& frame, const So
 // The text that @( ) writes for a value of any type.
 vorn::xstring EvaluateAsText(vorn::VarFrame& frame, const SourceText& source);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -9,12 +9,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "Fault.h"
 #include "GuardedStack.h"
 #include "StopReport.h"
-#include "Temporary.h"
+#include "common/Fault.h"
+#include "common/Temporary.h"
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -175,4 +175,4 @@ int RunWithinLimits(const Session& session, const std::function<int()>& action) 
     return task.result;
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -10,7 +10,7 @@
 
 #include "Session.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // Runs the action on a thread with a stack of its own, under the limits that the options set, and
 // returns its result. One call at a time. Throws Fault.
@@ -20,4 +20,4 @@ int RunWithinLimits(const Session& session, const std::function<int()>& action);
 // again when something else may have taken the signals over.
 void CatchEndingSignals();
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -4,9 +4,9 @@
 
 #include <sys/mman.h>
 
-#include "Fault.h"
+#include "common/Fault.h"
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -33,4 +33,4 @@ bool GuardedStack::IsBetween(const void* low, const void* high, const void* addr
     return !before(address, low) && before(address, high);
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace qzexpand {
+namespace qztools {
 
 // Memory for the stack of a thread. It ends at pages that may not be touched, so that running out
 // of it is a fault at an address in these pages.
@@ -33,4 +33,4 @@ private:
     std::size_t m_mebibytes;
 };
 
-}  // namespace qzexpand
+}  // namespace qztools

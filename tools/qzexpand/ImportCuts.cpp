@@ -2,7 +2,7 @@
 
 #include "qzMacroExpander/LSToken.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -23,24 +23,54 @@ Extent FindDirective(const OutputPiece& piece) {
     return {at.m_str.m_p1 - piece.in.m_p1, piece.in.size()};
 }
 
+// Copies an expansion piece by piece, leaving out what it is told to.
+class Cutter {
+public:
+    explicit Cutter(const Expansion& expansion) : m_from(expansion) {
+        m_to.text.reserve(expansion.text.size());
+    }
+
+    // The pieces in front of that one.
+    void CopyUpTo(ssize_t index) {
+        for (; m_index < index; ++m_index)
+            Copy(m_from.pieces.m_pieces[m_index]);
+    }
+
+    // The next piece without that part of it.
+    void CopyWithout(const Extent& extent) {
+        const OutputPiece& piece = m_from.pieces.m_pieces[m_index++];
+        const ssize_t end = m_offset + piece.size();
+        if (extent.first != 0)
+            Copy({SubString(piece.in.m_p1, piece.in.m_p1 + extent.first), 0});
+        m_offset = end;
+    }
+
+    Expansion& Result() { return m_to; }
+
+private:
+    void Copy(const OutputPiece& piece) {
+        const char* first = m_from.text.data() + m_offset;
+        m_to.text.append(first, first + piece.size());
+        m_to.pieces.push_back(piece);
+        m_offset += piece.size();
+    }
+
+    const Expansion& m_from;
+    Expansion m_to;
+    ssize_t m_index = 0;   // of the next piece
+    ssize_t m_offset = 0;  // of its text
+};
+
 }  // namespace
 
-xstring CutImports(const xstring& text, const OutputPieces& pieces,
-                   const std::vector<Import>& imports) {
-    xstring result;
-    result.reserve(text.size());
-    ssize_t copied = 0;  // how much of the text has been copied or cut
-    ssize_t index = 0;
-    ssize_t offset = 0;  // of the piece at index
+Expansion CutImports(const Expansion& expansion, const std::vector<Import>& imports) {
+    Cutter cutter(expansion);
     for (const Import& import : imports) {
-        for (; index < import.piece; ++index)
-            offset += pieces.m_pieces[index].size();
-        const Extent extent = FindDirective(pieces.m_pieces[index]);
-        result.append(text.data() + copied, text.data() + offset + extent.first);
-        copied = offset + extent.last;
+        cutter.CopyUpTo(import.piece);
+        cutter.CopyWithout(FindDirective(expansion.pieces.m_pieces[import.piece]));
     }
-    result.append(text.data() + copied, text.data_end());
-    return result;
+    cutter.CopyUpTo(expansion.pieces.m_pieces.size());
+    return std::move(cutter.Result());
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -7,9 +7,9 @@
 
 #include <vector>
 
-#include "qzMacroExpander/ExpandedOutput.h"
+#include "Expansion.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // An @import for which the import handler was called, and the piece of the output that holds it.
 struct Import {
@@ -22,9 +22,8 @@ struct Import {
         : piece(output.m_pieces.m_pieces.size() - (*argument == '(' ? 1 : 0)) {}
 };
 
-// The text without the directives, which must be in the order of their calls: of each, exactly
-// its own characters are missing, from the @ to the end of its path. pieces describe the text.
-vorn::xstring CutImports(const vorn::xstring& text, const vorn::OutputPieces& pieces,
-                         const std::vector<Import>& imports);
+// The expansion without the directives, which must be in the order of their calls: of each,
+// exactly its own characters are missing, from the @ to the end of its path.
+Expansion CutImports(const Expansion& expansion, const std::vector<Import>& imports);
 
-}  // namespace qzexpand
+}  // namespace qztools

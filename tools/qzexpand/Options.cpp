@@ -7,10 +7,10 @@
 
 #include <getopt.h>
 
-#include "Views.h"
+#include "common/Views.h"
 #include "qzUtils/StringExt.h"
 
-namespace qzexpand {
+namespace qztools {
 
 const char s_usage[] = "usage: qzexpand [OPTION]... [FILE]\n"
                        "       qzexpand [OPTION]... --eval EXPRESSION\n"
@@ -108,29 +108,6 @@ Definition ParseDefinition(const std::string& text) {
 
 // ---- the command line --------------------------------------------------------------------------
 
-enum LongOption {
-    OPTION_EVAL = 256,
-    OPTION_HELP,
-    OPTION_IMPORTS,
-    OPTION_MEMORY_LIMIT,
-    OPTION_PYTHON,
-    OPTION_STACK_LIMIT,
-    OPTION_TIME_LIMIT,
-    OPTION_VERSION
-};
-
-constexpr option s_longOptions[] = {
-    {"eval",         required_argument, nullptr, OPTION_EVAL        },
-    {"help",         no_argument,       nullptr, OPTION_HELP        },
-    {"imports",      required_argument, nullptr, OPTION_IMPORTS     },
-    {"memory-limit", required_argument, nullptr, OPTION_MEMORY_LIMIT},
-    {"python",       no_argument,       nullptr, OPTION_PYTHON      },
-    {"stack-limit",  required_argument, nullptr, OPTION_STACK_LIMIT },
-    {"time-limit",   required_argument, nullptr, OPTION_TIME_LIMIT  },
-    {"version",      no_argument,       nullptr, OPTION_VERSION     },
-    {nullptr,        0,                 nullptr, 0                  },
-};
-
 // The number of a limit, which must lie in a range that fits every use.
 long ParseLimit(const char* option, long least, std::string_view text) {
     constexpr long s_most = 1'000'000;
@@ -142,59 +119,90 @@ long ParseLimit(const char* option, long least, std::string_view text) {
     return value;
 }
 
-// argv[optind - 1] is the last argument that was read.
-[[noreturn]] void ThrowBadOption(int found, char** argv) {
-    const bool isShort = optopt > 0 && optopt < 256;
-    const std::string name =
-        isShort ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
-    throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
-}
-
 bool ParseKeepImports(const std::string& text) {
     if (text != "keep" && text != "remove")
         throw UsageError("--imports is keep or remove: " + text);
     return text == "keep";
 }
 
-void ApplyOption(Options& options, int found, char** argv) {
-    switch (found) {
-    case 'o':
-        options.output = optarg;
-        return;
-    case 'D':
-        options.definitions.push_back(ParseDefinition(optarg));
-        return;
-    case 'I':
-        options.importFolders.emplace_back(optarg);
-        return;
-    case OPTION_EVAL:
-        options.action = Options::Action::Evaluate;
-        options.expression = optarg;
-        return;
-    case OPTION_HELP:
-        options.action = Options::Action::Help;
-        return;
-    case OPTION_IMPORTS:
-        options.keepImports = ParseKeepImports(optarg);
-        return;
-    case OPTION_MEMORY_LIMIT:
-        options.memoryLimit = ParseLimit("--memory-limit", 0, optarg);
-        return;
-    case OPTION_PYTHON:
-        options.allowPython = true;
-        return;
-    case OPTION_STACK_LIMIT:
-        options.stackLimit = ParseLimit("--stack-limit", 1, optarg);
-        return;
-    case OPTION_TIME_LIMIT:
-        options.timeLimit = ParseLimit("--time-limit", 0, optarg);
-        return;
-    case OPTION_VERSION:
-        options.action = Options::Action::Version;
-        return;
-    default:
-        ThrowBadOption(found, argv);
+// An option by its letter, its long name, or both. argument is null where the option takes none.
+struct OptionRow {
+    char letter;       // 0 where there is none
+    const char* name;  // null where there is none
+    bool takesArgument;
+    void (*apply)(Options& options, const char* argument);
+};
+
+// clang-format off
+constexpr OptionRow s_options[] = {
+    {'o', nullptr, true,
+     [](Options& o, const char* s) { o.output = s; }},
+    {'D', nullptr, true,
+     [](Options& o, const char* s) { o.definitions.push_back(ParseDefinition(s)); }},
+    {'I', nullptr, true,
+     [](Options& o, const char* s) { o.importFolders.emplace_back(s); }},
+    {0, "eval", true,
+     [](Options& o, const char* s) { o.action = Options::Action::Evaluate; o.expression = s; }},
+    {0, "help", false,
+     [](Options& o, const char*) { o.action = Options::Action::Help; }},
+    {0, "imports", true,
+     [](Options& o, const char* s) { o.keepImports = ParseKeepImports(s); }},
+    {0, "memory-limit", true,
+     [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--memory-limit", 0, s); }},
+    {0, "python", false,
+     [](Options& o, const char*) { o.allowPython = true; }},
+    {0, "stack-limit", true,
+     [](Options& o, const char* s) { o.stackLimit = ParseLimit("--stack-limit", 1, s); }},
+    {0, "time-limit", true,
+     [](Options& o, const char* s) { o.timeLimit = ParseLimit("--time-limit", 0, s); }},
+    {0, "version", false,
+     [](Options& o, const char*) { o.action = Options::Action::Version; }},
+};
+// clang-format on
+
+// The table in the form of getopt_long. It returns s_firstOption + the index of the row.
+constexpr int s_firstOption = 256;
+
+class GetoptTables {
+public:
+    GetoptTables() {
+        for (int i = 0; i < std::ssize(s_options); ++i) {
+            const OptionRow& row = s_options[i];
+            if (row.letter != 0)
+                m_letters += row.letter;
+            if (row.letter != 0 && row.takesArgument)
+                m_letters += ':';
+            if (row.name != nullptr)
+                m_names.push_back({row.name, row.takesArgument ? required_argument : no_argument,
+                                   nullptr, s_firstOption + i});
+        }
+        m_names.push_back({});
     }
+
+    int Next(int argc, char** argv) const {
+        return ::getopt_long(argc, argv, m_letters.c_str(), m_names.data(), nullptr);
+    }
+
+private:
+    std::string m_letters = ":";  // a missing argument is told apart from an unknown option
+    std::vector<option> m_names;
+};
+
+// The row that getopt_long has found, null for a wrong call.
+const OptionRow* FindRow(int found) {
+    if (found >= s_firstOption)
+        return &s_options[found - s_firstOption];
+    const auto row = std::find_if(std::begin(s_options), std::end(s_options),
+                                  [found](const OptionRow& r) { return r.letter == found; });
+    return row == std::end(s_options) ? nullptr : row;
+}
+
+// argv[optind - 1] is the last argument that was read.
+[[noreturn]] void ThrowBadOption(int found, char** argv) {
+    const bool isShort = optopt > 0 && optopt < s_firstOption;
+    const std::string name =
+        isShort ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+    throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
 }
 
 }  // namespace
@@ -202,9 +210,13 @@ void ApplyOption(Options& options, int found, char** argv) {
 Options ParseCommandLine(int argc, char** argv) {
     Options options;
     opterr = 0;  // the messages are made here
+    const GetoptTables tables;
     int found = 0;
-    while ((found = ::getopt_long(argc, argv, ":o:D:I:", s_longOptions, nullptr)) != -1) {
-        ApplyOption(options, found, argv);
+    while ((found = tables.Next(argc, argv)) != -1) {
+        const OptionRow* row = FindRow(found);
+        if (row == nullptr)
+            ThrowBadOption(found, argv);
+        row->apply(options, optarg);
         if (options.action == Options::Action::Help || options.action == Options::Action::Version)
             return options;
     }
@@ -218,4 +230,4 @@ Options ParseCommandLine(int argc, char** argv) {
     return options;
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

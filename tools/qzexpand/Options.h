@@ -7,7 +7,7 @@
 
 #include "qzMacroExpander/LSVariable.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // One -D.
 struct Definition {
@@ -49,4 +49,4 @@ Options ParseCommandLine(int argc, char** argv);
 extern const char s_usage[];  // for a wrong call
 extern const char s_help[];   // for --help
 
-}  // namespace qzexpand
+}  // namespace qztools

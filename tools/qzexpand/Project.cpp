@@ -6,11 +6,11 @@
 #include <iterator>
 #include <new>
 
-#include "Fault.h"
-#include "Views.h"
+#include "common/Fault.h"
+#include "common/Views.h"
 #include "qzUtils/FilePath.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -49,16 +49,17 @@ const char* LastPosition(const OutputPieces& pieces) {
 
 }  // namespace
 
-xstring Project::Expand() {
-    xstring result;
-    StringSink sink(result);
+Expansion Project::Expand() {
+    Expansion expansion;
+    StringSink sink(expansion.text);
     xostream os(sink);
     ExpandedOutput output(os);
     m_output = &output;
     ExpandFile(ReadInput(), nullptr, &m_session.frame, output);
+    output.GetPieces(expansion.pieces);
     if (m_imports.empty() || m_session.options.keepImports)
-        return result;
-    return CutImports(result, output.m_pieces, m_imports);
+        return expansion;
+    return CutImports(expansion, m_imports);
 }
 
 // importedAt is where the file is imported, null for the input.
@@ -177,4 +178,4 @@ void Project::RefuseCycle(const File& file, const char* errorpos) const {
     ThrowImportError(file.path + " imports itself: " + path + file.path, errorpos);
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

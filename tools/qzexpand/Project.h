@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "Files.h"
 #include "ImportCuts.h"
 #include "Session.h"
+#include "common/Files.h"
 #include "qzMacroExpander/MacroExpand.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // The memory has run out; the position is that of the last text that was written.
 struct OutOfMemory {
@@ -26,7 +26,7 @@ public:
 
     // Expands the input that the options name. REQUIRES: called once. Throws LexScannerException,
     // OutOfMemory and Fault.
-    vorn::xstring Expand();
+    Expansion Expand();
 
     bool HandleImportPath(const vorn::xstring& importPath, const char* errorpos) override;
     bool HandleImport(vorn::VarFrame* vf, const vorn::xstring& importPath,
@@ -62,4 +62,4 @@ private:
     const vorn::ExpandedOutput* m_output = nullptr;  // of the input
 };
 
-}  // namespace qzexpand
+}  // namespace qztools

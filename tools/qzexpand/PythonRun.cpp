@@ -2,11 +2,11 @@
 
 #include <csignal>
 
-#include "Fault.h"
-#include "Views.h"
+#include "common/Fault.h"
+#include "common/Views.h"
 #include "qzMacroExpander/MacroExpand.h"
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -46,4 +46,4 @@ PythonRun::~PythonRun() {
     vorn::UninitPython();
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

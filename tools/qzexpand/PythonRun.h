@@ -1,7 +1,7 @@
 // Python, for as long as a run may use it.
 #pragma once
 
-namespace qzexpand {
+namespace qztools {
 
 // Forbids Python, or starts it. It is started here and not by its first use, because it changes
 // what signals do: afterwards they do what they did before, so that Ctrl-C and a broken pipe end
@@ -15,4 +15,4 @@ public:
     PythonRun& operator=(const PythonRun&) = delete;
 };
 
-}  // namespace qzexpand
+}  // namespace qztools

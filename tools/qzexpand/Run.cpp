@@ -8,15 +8,15 @@
 #include "Definitions.h"
 #include "Diagnostics.h"
 #include "Expressions.h"
-#include "Fault.h"
-#include "Files.h"
 #include "Guard.h"
 #include "Project.h"
 #include "PythonRun.h"
-#include "Views.h"
-#include "Visible.h"
+#include "common/Fault.h"
+#include "common/Files.h"
+#include "common/Views.h"
+#include "common/Visible.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -33,12 +33,14 @@ xstring Evaluate(Session& session) {
     return result;
 }
 
-xstring MakeResult(Session& session) {
+// What is evaluated has no pieces.
+Expansion MakeResult(Session& session) {
     const PythonRun python(session.options.allowPython);
     for (const Definition& definition : session.options.definitions)
         Define(session, definition);
-    return session.options.action == Options::Action::Evaluate ? Evaluate(session)
-                                                               : Project(session).Expand();
+    if (session.options.action == Options::Action::Evaluate)
+        return {Evaluate(session), {}};
+    return Project(session).Expand();
 }
 
 // What the text has printed on its way counts as output: its loss is a failure.
@@ -48,9 +50,9 @@ void CheckPrinted() {
 }
 
 void Produce(Session& session) {
-    const xstring result = MakeResult(session);
+    const Expansion result = MakeResult(session);
     CheckPrinted();
-    WriteFile(session.options.output, result);
+    WriteFile(session.options.output, result.text);
 }
 
 // ---- its failure -------------------------------------------------------------------------------
@@ -118,4 +120,4 @@ int Show(const std::string& text) {
     }
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

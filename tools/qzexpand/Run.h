@@ -3,7 +3,7 @@
 
 #include "Options.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // Expands or evaluates as the options say, and reports what goes wrong on standard error. Returns
 // the exit status.
@@ -15,4 +15,4 @@ int Show(const std::string& text);
 // Writes "qzexpand: " and a message of one line to standard error.
 void ReportFault(const std::string& message);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -5,7 +5,7 @@
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSVariable.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // The frame holds views of the options and the texts, so it goes first.
 struct Session {
@@ -14,4 +14,4 @@ struct Session {
     vorn::FileScopeVarFrame frame{};
 };
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace qzexpand {
+namespace qztools {
 
 const SourceText* SourceTexts::Find(const char* pos) const {
     for (const bool withEnd : {false, true}) {
@@ -16,4 +16,4 @@ const SourceText* SourceTexts::Find(const char* pos) const {
     return nullptr;
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

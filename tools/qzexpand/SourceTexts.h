@@ -5,10 +5,10 @@
 #include <functional>
 #include <string>
 
-#include "Visible.h"
+#include "common/Visible.h"
 #include "qzUtils/SubString.h"
 
-namespace qzexpand {
+namespace qztools {
 
 struct SourceText {
     std::string name;  // in reports, in its visible form: a path, <stdin>, <-D NAME>
@@ -46,4 +46,4 @@ private:
     const SourceText* m_current = nullptr;
 };
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -7,7 +7,7 @@
 
 #include "qzUtils/StringExt.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using namespace vorn;
 
@@ -118,4 +118,4 @@ std::size_t FindSteps(const Session& session, const void* low, const void* high,
     return count;
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -14,7 +14,7 @@
 
 #include "Session.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // One macro call or directive.
 struct Step {
@@ -29,4 +29,4 @@ struct Step {
 std::size_t FindSteps(const Session& session, const void* low, const void* high, Step* steps,
                       std::size_t size);
 
-}  // namespace qzexpand
+}  // namespace qztools

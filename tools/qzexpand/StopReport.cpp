@@ -6,12 +6,12 @@
 
 #include <unistd.h>
 
-#include "Files.h"
 #include "Standpoint.h"
-#include "Views.h"
+#include "common/Files.h"
+#include "common/Views.h"
 #include "qzUtils/StringExt.h"
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -66,4 +66,4 @@ void WriteStopReport(const Session& session, const Bound& bound, long amount, co
     WriteAll(STDERR_FILENO, ToSubString(s_report.View()));
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -5,7 +5,7 @@
 
 #include "Session.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // A bound of a run, and how its end is told.
 struct Bound {
@@ -18,4 +18,4 @@ struct Bound {
 void WriteStopReport(const Session& session, const Bound& bound, long amount, const void* low,
                      const void* high);
 
-}  // namespace qzexpand
+}  // namespace qztools

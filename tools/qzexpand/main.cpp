@@ -6,7 +6,7 @@
 #include "Run.h"
 
 int main(int argc, char** argv) {
-    using namespace qzexpand;
+    using namespace qztools;
     std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
     try {
         const Options options = ParseCommandLine(argc, argv);

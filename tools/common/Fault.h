@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace qzexpand {
+namespace qztools {
 
 class Fault : public std::runtime_error {
 public:
@@ -14,4 +14,4 @@ public:
 // The fault of a system call on the file of that name: "NAME: reason".
 [[noreturn]] void ThrowSystemFault(const std::string& name, int error);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -1,4 +1,4 @@
-#include "Files.h"
+#include "common/Files.h"
 
 #include <array>
 #include <cerrno>
@@ -11,10 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Fault.h"
-#include "Temporary.h"
+#include "common/Fault.h"
+#include "common/Temporary.h"
 
-namespace qzexpand {
+namespace qztools {
 
 using vorn::SubString;
 using vorn::xstring;
@@ -119,7 +119,7 @@ std::string MakeTemporaryName(const std::string& path) {
         number = static_cast<unsigned long long>(::getpid());
     std::array<char, 17> digits{};
     std::snprintf(digits.data(), digits.size(), "%016llx", number);
-    const std::string name = std::string(".qzexpand.") + digits.data() + ".tmp";
+    const std::string name = std::string(".qz.") + digits.data() + ".tmp";
     return (std::filesystem::path(path).parent_path() / name).string();
 }
 
@@ -181,4 +181,4 @@ void WriteFile(const std::string& path, SubString bytes) {
     ReplaceFile(FollowLinks(path), &status, bytes);
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

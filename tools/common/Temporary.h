@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qzexpand {
+namespace qztools {
 
 // A file to be: whatever stands at its path is removed again, at the end of the scope or by a
 // signal that ends the process, unless it has been moved to its destination. There is one at a
@@ -27,4 +27,4 @@ private:
 // Removes the temporary file if there is one. May be called from a signal handler.
 void RemoveTemporary();
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -1,10 +1,10 @@
-#include "Visible.h"
+#include "common/Visible.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -117,4 +117,4 @@ std::string VisibleName(std::string_view s) {
     return out;
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

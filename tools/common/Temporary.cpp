@@ -1,4 +1,4 @@
-#include "Temporary.h"
+#include "common/Temporary.h"
 
 #include <atomic>
 #include <cerrno>
@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-namespace qzexpand {
+namespace qztools {
 
 namespace {
 
@@ -38,4 +38,4 @@ void RemoveTemporary() {
         ::unlink(path);
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -7,7 +7,7 @@
 
 #include "qzUtils/SubString.h"
 
-namespace qzexpand {
+namespace qztools {
 
 // What makes two paths the same file.
 struct FileId {
@@ -31,4 +31,4 @@ void WriteFile(const std::string& path, vorn::SubString bytes);
 // Writes to a file descriptor until everything is out. Returns 0 or an errno.
 int WriteAll(int fd, vorn::SubString bytes);
 
-}  // namespace qzexpand
+}  // namespace qztools

@@ -5,7 +5,7 @@
 
 #include "qzUtils/SubString.h"
 
-namespace qzexpand {
+namespace qztools {
 
 inline std::string_view ToView(vorn::SubString s) {
     return {s.m_p1, static_cast<std::size_t>(s.size())};
@@ -15,4 +15,4 @@ inline vorn::SubString ToSubString(std::string_view s) {
     return {s.data(), s.data() + s.size()};
 }
 
-}  // namespace qzexpand
+}  // namespace qztools

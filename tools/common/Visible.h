@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace qzexpand {
+namespace qztools {
 
 // The first character of a text: its bytes, and what is shown for it.
 struct Glyph {
@@ -32,4 +32,4 @@ std::string Visible(std::string_view s);
 // The same for text that has to stay on its line: line feeds and tabs become visible as well.
 std::string VisibleName(std::string_view s);
 
-}  // namespace qzexpand
+}  // namespace qztools
