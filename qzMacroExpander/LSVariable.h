@@ -24,6 +24,7 @@ namespace vorn {
 
 class VarFrame;
 class FileScopeVarFrame;
+class TextOrigins;
 
 // What a variable is; also the type of a formal argument and of a macro's result.
 enum ELSVariable {
@@ -294,6 +295,7 @@ class FileScopeVarFrame : public VarFrame {
 public:
     xvector<const FileScopeVarFrame*> m_imports;  // in the order of AddImport, repeats included
     std::map<xstring, xstring> m_dollarMacrosMap;
+    TextOrigins* m_textOrigins = nullptr;  // see TextOrigins.h; not owned, null: nothing is kept
 
     FileScopeVarFrame() : VarFrame(nullptr) { m_fileScopeFrame = this; }
 

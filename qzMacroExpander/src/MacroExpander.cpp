@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "ScannerErrors.h"
+#include "qzMacroExpander/TextOrigins.h"
 
 namespace vorn {
 
@@ -248,10 +249,18 @@ public:
 }  // namespace
 
 void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
-                    xstring& result) {
+                    xstring& result, OutputPieces* pieces) {
     StringOutput output(s);
     MacroExpander(nullptr, vf, s, srcIndent, 0, output.m_output, text).Expand();
     result = std::move(output.m_text);
+    if (pieces != nullptr)
+        output.m_output.GetPieces(*pieces);
+}
+
+void KeepOrigin(const VarFrame& vf, const KeptText& text, const OutputPieces& pieces) {
+    const FileScopeVarFrame* file = vf.GetFileScopeVarFrame();
+    if (file != nullptr && file->m_textOrigins != nullptr)
+        file->m_textOrigins->Add(text, pieces);
 }
 
 xstring MacroExpander::ExpandToString(SubString s, ssize_t srcIndent) {

@@ -178,9 +178,11 @@ private:
     void RunText(const LSMacroVariable& macroVar, SubString text, VarFrame* vf,
                  const KeptText& keptText);
     void RunPythonBody(const LSMacroVariable& macroVar, VarFrame* vf);
+    KeptText MakeCall(SubString function, SubString argList);
 
     struct ForLoop;
     void ReadForHead(ForLoop& loop);
+    KeptText ExpandList(SubString s);
     void ReadForTuple(ForLoop& loop);
     LSToken ScanListElement(const ForLoop& loop, SubString& s, SubString& element,
                             EToken rightBracket);
@@ -207,9 +209,13 @@ void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable
 void ReadVariableValueByParsingExpression(VarFrame* vf, SubString s, ELSVariable varType,
                                           const KeptText& keptText, xstring& valueStr);
 
-// Expands a text to a string; text is what keeps it alive, null where it is the host's.
+// Expands a text to a string; text is what keeps it alive, null where it is the host's. Sets
+// pieces, where it is not null, to those of the result.
 void ExpandToString(VarFrame* vf, SubString s, ssize_t srcIndent, const KeptText& text,
-                    xstring& result);
+                    xstring& result, OutputPieces* pieces = nullptr);
+
+// Tells the host, if it wants to know, where a text came from that is now to be expanded.
+void KeepOrigin(const VarFrame& vf, const KeptText& text, const OutputPieces& pieces);
 
 // Whether @elseif, or @else, comes next; s is then behind the word. Otherwise s has moved too.
 bool ScanElseIfBlock(SubString& s);

@@ -10,7 +10,9 @@ void MacroExpander::ProcessSqrBracketDirective() {
     VarFrame localFrame(m_vf);
     // The second pass may make definitions that outlive this directive: they keep its text alive.
     const auto expr1 = std::make_shared<xstring>();
-    vorn::ExpandToString(&localFrame, s, 0, m_text, *expr1);
+    OutputPieces pieces;
+    vorn::ExpandToString(&localFrame, s, 0, m_text, *expr1, &pieces);
+    KeepOrigin(localFrame, expr1, pieces);
     xstring expr2;
     try {
         VarFrame localFrame2(m_vf);

@@ -11,7 +11,7 @@ struct MacroExpander::ForLoop {
     xstring varname;                      // the single form
     xvector<xstring> vars;                // the tuple form; empty in the single form
     const xchar* listErrorPos = nullptr;  // stands for every position in the list
-    std::shared_ptr<xstring> list;        // what the items are views of
+    KeptText list;                        // what the items are views of
     SubString body;
     ssize_t bodyIndent = 0;
     ssize_t dstPos = 0;
@@ -55,8 +55,17 @@ void MacroExpander::ReadForHead(ForLoop& loop) {
 
     loop.listErrorPos = m_str.m_p1;
     const SubString list = ScanRndBrackettedSection(m_str, false);
-    loop.list = std::make_shared<xstring>(ExpandToString(list));
+    loop.list = ExpandList(list);
     loop.body = ScanLoopBody("@for", loop.bodyIndent);
+}
+
+KeptText MacroExpander::ExpandList(SubString s) {
+    VarFrame localFrame(m_vf);
+    const auto list = std::make_shared<xstring>();
+    OutputPieces pieces;
+    vorn::ExpandToString(&localFrame, s, 0, m_text, *list, &pieces);
+    KeepOrigin(localFrame, list, pieces);
+    return list;
 }
 
 void MacroExpander::ReadForTuple(ForLoop& loop) {

@@ -160,6 +160,26 @@ void MacroExpander::RunPythonBody(const LSMacroVariable& macroVar, VarFrame* vf)
     WriteCalculatedSubString(value);
 }
 
+// The call that the use of a function argument stands for; argList has no brackets.
+KeptText MacroExpander::MakeCall(SubString function, SubString argList) {
+    xstring argListStr;
+    OutputPieces argListPieces;
+    vorn::ExpandToString(m_vf, argList, 0, m_text, argListStr, &argListPieces);
+    const auto call = std::make_shared<xstring>(function);
+    *call += '(';
+    *call += argListStr;
+    *call += ')';
+
+    const OutputPiece bracket{SubString(m_startDirectivePos, m_endDirectivePos), 1};
+    OutputPieces pieces;
+    pieces.push_back({function, 0});
+    pieces.push_back(bracket);
+    pieces.m_pieces.append(argListPieces.m_pieces);
+    pieces.push_back(bracket);
+    KeepOrigin(*m_vf, call, pieces);
+    return call;
+}
+
 // A formal argument that stands for a function: g(x) becomes a call of what g names, with its
 // arguments expanded where the use stands. The call is a text of its own, which the definitions
 // made by it keep alive.
@@ -171,12 +191,7 @@ void MacroExpander::InvokeMacroFunction(LSMacroVariable* macroVar) {
         ScanBrackettedSection(m_str, false, TOKEN_LEFT_PAREN, TOKEN_RIGHT_PAREN);
     AdvanceWritePos(m_str.m_p1, false);
 
-    xstring argListStr;
-    vorn::ExpandToString(m_vf, argList, 0, m_text, argListStr);
-    const auto call = std::make_shared<xstring>(macroVar->GetSubstitutionString());
-    *call += '(';
-    *call += argListStr;
-    *call += ')';
+    const KeptText call = MakeCall(macroVar->GetSubstitutionString(), argList);
     try {
         RunText(*macroVar, *call, macroVar->m_context != nullptr ? macroVar->m_context : m_vf,
                 call);
