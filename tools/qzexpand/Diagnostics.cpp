@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include <unistd.h>
-
-#include "common/Files.h"
 #include "common/Views.h"
 #include "common/Visible.h"
 #include "qzUtils/StringExt.h"
@@ -113,10 +110,6 @@ std::string FormatError(const SourceTexts& texts, const vorn::LexScannerExceptio
         return texts.Current()->name + " : " + message + FormatImports(texts, texts.Current());
     const Place place = FindPlace(*text, e.m_pos);
     return PlaceName(place) + message + Excerpt(place) + FormatImports(texts, text);
-}
-
-void WriteError(const std::string& report) {
-    WriteAll(STDERR_FILENO, ToSubString(report));
 }
 
 }  // namespace qztools

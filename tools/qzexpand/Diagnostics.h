@@ -39,7 +39,4 @@ std::string Excerpt(const Place& place);
 // macros have put together, is reported without a line for the current text.
 std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e);
 
-// Writes to standard error, in one piece.
-void WriteError(const std::string& report);
-
 }  // namespace qztools

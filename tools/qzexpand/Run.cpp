@@ -6,15 +6,14 @@
 #include <unistd.h>
 
 #include "Definitions.h"
-#include "Diagnostics.h"
 #include "Expressions.h"
 #include "Guard.h"
 #include "Project.h"
 #include "PythonRun.h"
+#include "Report.h"
 #include "common/Fault.h"
 #include "common/Files.h"
 #include "common/Views.h"
-#include "common/Visible.h"
 
 namespace qztools {
 
@@ -57,19 +56,6 @@ void Produce(Session& session) {
 
 // ---- its failure -------------------------------------------------------------------------------
 
-void ReportError(const SourceTexts& texts, const LexScannerException& e) {
-    std::string report = FormatError(texts, e);
-    if (ToView(e.m_description).find("Python initialisation error: forbidden by the host")
-        != std::string_view::npos)
-        report += "qzexpand: --python allows the text to run Python\n";
-    WriteError(report);
-}
-
-void ReportOutOfMemory(const SourceTexts& texts, const char* pos) {
-    WriteError(FormatError(texts, LexScannerException("the memory ran out", pos))
-               + "qzexpand: --memory-limit=MIB gives it more\n");
-}
-
 // Returns the exit status. Throws std::bad_alloc where not even the report can be made.
 int ProduceOrReport(Session& session) {
     try {
@@ -78,7 +64,8 @@ int ProduceOrReport(Session& session) {
     } catch (const LexScannerException& e) {
         ReportError(session.texts, e);
     } catch (const OutOfMemory& e) {
-        ReportOutOfMemory(session.texts, e.pos);
+        ReportLimit(session.texts, LexScannerException("the memory ran out", e.pos),
+                    "--memory-limit=MIB gives it more");
     } catch (const Fault& e) {
         ReportFault(e.what());
     }
@@ -95,10 +82,6 @@ int ProduceInMemory(Session& session) {
 }
 
 }  // namespace
-
-void ReportFault(const std::string& message) {
-    WriteError("qzexpand: " + VisibleName(message) + '\n');
-}
 
 int Run(const Options& options) {
     Session session{options};

@@ -12,7 +12,4 @@ int Run(const Options& options);
 // Writes a text of the tool's own to standard output. Returns the exit status.
 int Show(const std::string& text);
 
-// Writes "qzexpand: " and a message of one line to standard error.
-void ReportFault(const std::string& message);
-
 }  // namespace qztools

@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-#include "Diagnostics.h"
+#include "Report.h"
 #include "Run.h"
 
 int main(int argc, char** argv) {
@@ -20,8 +20,7 @@ int main(int argc, char** argv) {
             return Run(options);
         }
     } catch (const UsageError& e) {
-        ReportFault(e.what());
-        WriteError(s_usage);
+        ReportWrongCall(e.what());
     }
     return 2;
 }
