@@ -2,6 +2,7 @@
 
 #include "ToolRunner.h"
 
+#include <chrono>
 #include <csignal>
 
 #include <fcntl.h>
@@ -201,6 +202,69 @@ TEST_F(ToolFiles, ReportsAnOutputThatCannotBeMade) {
 TEST_F(ToolFiles, ReadsTheInputBeforeItLooksAtTheOutput) {
     EXPECT_EQ(Run({"-o", "nosuch/out", "nosuch.qz"}),
               Failure("nosuch.qz: No such file or directory"));
+}
+
+// ---- what stays the same -----------------------------------------------------------------------
+
+// A file that was written an hour ago.
+class ToolOldFiles : public ToolFiles {
+protected:
+    void WriteLongAgo(const std::string& name, const std::string& content) {
+        Write(name, content);
+        m_then = fs::last_write_time(PathOf(name)) - std::chrono::hours(1);
+        fs::last_write_time(PathOf(name), m_then);
+    }
+
+    bool IsUntouched(const std::string& name) const {
+        return fs::last_write_time(PathOf(name)) == m_then;
+    }
+
+    fs::file_time_type m_then;
+};
+
+TEST_F(ToolOldFiles, StayUntouchedWhereTheirBytesStayTheSame) {
+    for (const std::string& text :
+         {std::string("text\n"), std::string(), std::string(200000, 'a')}) {
+        WriteLongAgo("out", text);
+        EXPECT_EQ(Run({"-o", "out"}, text), (Result{0, "", ""}));
+        EXPECT_TRUE(IsUntouched("out"));
+    }
+}
+
+TEST_F(ToolOldFiles, StayUntouchedBehindLinksAndWithoutTheRightToWrite) {
+    WriteLongAgo("target", "text");
+    fs::create_symlink("target", PathOf("link"));
+    ::chmod(PathOf("target").c_str(), 0444);
+    EXPECT_EQ(Run({"-o", "link"}, "text"), (Result{0, "", ""}));
+    EXPECT_TRUE(IsUntouched("target"));
+}
+
+TEST_F(ToolOldFiles, AreWrittenWhereOneByteDiffers) {
+    const std::string old(200000, 'a');
+    for (const std::string& text :
+         {old + 'a', old.substr(1), 'b' + old.substr(1), old.substr(1) + 'b'}) {
+        WriteLongAgo("out", old);
+        EXPECT_EQ(Run({"-o", "out"}, text), (Result{0, "", ""}));
+        EXPECT_FALSE(IsUntouched("out"));
+        EXPECT_EQ(Read("out"), text);
+    }
+}
+
+TEST_F(ToolOldFiles, AreAlwaysWrittenOnRequest) {
+    WriteLongAgo("out", "text");
+    EXPECT_EQ(Run({"--always-write", "-o", "out"}, "text"), (Result{0, "", ""}));
+    EXPECT_FALSE(IsUntouched("out"));
+    WriteLongAgo("dep", "out:\n");
+    EXPECT_EQ(Run({"--depfile", "dep", "-o", "out"}, "text"), (Result{0, "", ""}));
+    EXPECT_TRUE(IsUntouched("dep"));
+    EXPECT_EQ(Run({"--always-write", "--depfile", "dep", "-o", "out"}, "text"),
+              (Result{0, "", ""}));
+    EXPECT_FALSE(IsUntouched("dep"));
+}
+
+TEST_F(ToolOldFiles, AreNotTakenForStandardOutput) {
+    Write("-", "text");
+    EXPECT_EQ(Run({}, "text"), (Result{0, "text", ""}));
 }
 
 }  // namespace

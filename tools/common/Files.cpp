@@ -1,5 +1,6 @@
 #include "common/Files.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -86,6 +87,34 @@ int ReadFile(const std::string& path, xstring& text, FileId& id) {
 
 int ReadStandardInput(xstring& text, FileId& id) {
     return ReadDescriptor(STDIN_FILENO, text, id);
+}
+
+namespace {
+
+// Whether what can be read is the bytes, to the last one.
+bool ReadsAs(int fd, SubString bytes) {
+    std::array<char, 65536> part;
+    while (true) {
+        const ssize_t n = ::read(fd, part.data(), part.size());
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return n == 0 && bytes.empty();
+        if (n > bytes.size() || !std::equal(part.data(), part.data() + n, bytes.m_p1))
+            return false;
+        bytes += n;
+    }
+}
+
+}  // namespace
+
+bool HoldsAlready(const std::string& path, SubString bytes) {
+    struct stat status {};
+    if (path == "-" || ::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)
+        || status.st_size != bytes.size())
+        return false;
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return file.Get() >= 0 && ReadsAs(file.Get(), bytes);
 }
 
 // ---- writing -----------------------------------------------------------------------------------

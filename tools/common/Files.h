@@ -28,6 +28,9 @@ int ReadStandardInput(vorn::xstring& text, FileId& id);
 // written to directly. Throws Fault.
 void WriteFile(const std::string& path, vorn::SubString bytes);
 
+// Whether there is a regular file with exactly these bytes; never for "-".
+bool HoldsAlready(const std::string& path, vorn::SubString bytes);
+
 // Writes to a file descriptor until everything is out. Returns 0 or an errno.
 int WriteAll(int fd, vorn::SubString bytes);
 

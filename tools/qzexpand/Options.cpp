@@ -27,6 +27,9 @@ const char s_help[] =
     "  -D '$NAME=VALUE'      define a dollar macro\n"
     "  -I FOLDER             search FOLDER for files that are imported\n"
     "  --imports=keep        leave @import directives in the output\n"
+    "  --depfile FILE        write the files that are read to FILE, for Make and Ninja\n"
+    "  --depfile-target NAME the target in the depfile (the output)\n"
+    "  --always-write        write files also where their bytes stay the same\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
     "  --stack-limit MIB     the stack for nested macros (8)\n"
@@ -141,6 +144,12 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.definitions.push_back(ParseDefinition(s)); }},
     {'I', nullptr, true,
      [](Options& o, const char* s) { o.importFolders.emplace_back(s); }},
+    {0, "always-write", false,
+     [](Options& o, const char*) { o.alwaysWrite = true; }},
+    {0, "depfile", true,
+     [](Options& o, const char* s) { o.depfile = s; }},
+    {0, "depfile-target", true,
+     [](Options& o, const char* s) { o.depfileTarget = s; }},
     {0, "eval", true,
      [](Options& o, const char* s) { o.action = Options::Action::Evaluate; o.expression = s; }},
     {0, "help", false,
@@ -205,6 +214,16 @@ const OptionRow* FindRow(int found) {
     throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
 }
 
+// What options ask for together.
+void CheckTogether(const Options& options) {
+    if (!options.depfile)
+        return;
+    if (options.output == "-" && !options.depfileTarget)
+        throw UsageError("--depfile needs -o FILE or --depfile-target NAME");
+    if (options.depfile == options.output)
+        throw UsageError("--depfile and -o name one file: " + options.output);
+}
+
 }  // namespace
 
 Options ParseCommandLine(int argc, char** argv) {
@@ -220,6 +239,7 @@ Options ParseCommandLine(int argc, char** argv) {
         if (options.action == Options::Action::Help || options.action == Options::Action::Version)
             return options;
     }
+    CheckTogether(options);
     if (optind == argc)
         return options;
     if (options.action == Options::Action::Evaluate)

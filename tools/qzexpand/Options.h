@@ -1,6 +1,7 @@
 // What the command line asks for.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -26,6 +27,9 @@ struct Options {
     std::string input = "-";
     std::string output = "-";
     std::string expression;  // for Evaluate
+    std::optional<std::string> depfile;
+    std::optional<std::string> depfileTarget;  // the output where it is missing
+    bool alwaysWrite = false;                  // also where the bytes stay the same
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
     bool keepImports = false;  // leave @import directives in the output

@@ -134,6 +134,8 @@ Project::File Project::ReadInput() const {
         path == "-" ? ReadStandardInput(file.text, file.id) : ReadFile(path, file.text, file.id);
     if (error != 0)
         ThrowSystemFault(path == "-" ? "standard input" : path, error);
+    if (path != "-")
+        m_session.filesRead.Add(path);
     return file;
 }
 
@@ -157,8 +159,10 @@ Project::File Project::ReadImport(const std::string& path, const char* errorpos)
         File file;
         file.path = candidate;
         const int error = ReadFile(candidate, file.text, file.id);
-        if (error == 0)
+        if (error == 0) {
+            m_session.filesRead.Add(candidate);
             return file;
+        }
         reasons += "\n    " + candidate + ": " + std::strerror(error);
     }
     ThrowImportError("Can't import file: " + path + reasons, errorpos);

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "Definitions.h"
+#include "Depfile.h"
 #include "Expressions.h"
 #include "Guard.h"
 #include "Project.h"
@@ -48,10 +49,26 @@ void CheckPrinted() {
         throw Fault("standard output: write error");
 }
 
+// A file of the run. What stays the same keeps its time, so that nothing is made again from it.
+void Put(const Options& options, const std::string& path, SubString bytes) {
+    if (options.alwaysWrite || !HoldsAlready(path, bytes))
+        WriteFile(path, bytes);
+}
+
+// The output comes last: a build engine that finds it new finds all that belongs to it as well.
+void WriteFiles(const Session& session, const Expansion& result) {
+    const Options& options = session.options;
+    if (options.depfile)
+        Put(options, *options.depfile,
+            ToSubString(FormatDepfile(options.depfileTarget.value_or(options.output), options.input,
+                                      session.filesRead)));
+    Put(options, options.output, result.text);
+}
+
 void Produce(Session& session) {
     const Expansion result = MakeResult(session);
     CheckPrinted();
-    WriteFile(session.options.output, result.text);
+    WriteFiles(session, result);
 }
 
 // ---- its failure -------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // What lives as long as the run.
 #pragma once
 
+#include "FilesRead.h"
 #include "Options.h"
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSVariable.h"
@@ -11,6 +12,7 @@ namespace qztools {
 struct Session {
     const Options& options;
     SourceTexts texts{};
+    FilesRead filesRead{};
     vorn::FileScopeVarFrame frame{};
 };
 
