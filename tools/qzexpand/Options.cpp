@@ -29,6 +29,7 @@ const char s_help[] =
     "  --imports=keep        leave @import directives in the output\n"
     "  --depfile FILE        write the files that are read to FILE, for Make and Ninja\n"
     "  --depfile-target NAME the target in the depfile (the output)\n"
+    "  --check               show how FILE would change, and write nothing\n"
     "  --always-write        write files also where their bytes stay the same\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
@@ -146,6 +147,8 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.importFolders.emplace_back(s); }},
     {0, "always-write", false,
      [](Options& o, const char*) { o.alwaysWrite = true; }},
+    {0, "check", false,
+     [](Options& o, const char*) { o.check = true; }},
     {0, "depfile", true,
      [](Options& o, const char* s) { o.depfile = s; }},
     {0, "depfile-target", true,
@@ -216,6 +219,8 @@ const OptionRow* FindRow(int found) {
 
 // What options ask for together.
 void CheckTogether(const Options& options) {
+    if (options.check && options.output == "-")
+        throw UsageError("--check needs -o FILE");
     if (!options.depfile)
         return;
     if (options.output == "-" && !options.depfileTarget)

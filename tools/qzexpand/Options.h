@@ -29,6 +29,7 @@ struct Options {
     std::string expression;  // for Evaluate
     std::optional<std::string> depfile;
     std::optional<std::string> depfileTarget;  // the output where it is missing
+    bool check = false;                        // compare the output and write nothing
     bool alwaysWrite = false;                  // also where the bytes stay the same
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;

@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "CheckRun.h"
 #include "Definitions.h"
 #include "Depfile.h"
 #include "Expressions.h"
@@ -23,6 +24,7 @@ using namespace vorn;
 namespace {
 
 constexpr int s_statusError = 1;
+constexpr int s_statusDiffers = 1;  // of --check
 
 xstring Evaluate(Session& session) {
     const std::string& text = session.options.expression;
@@ -41,6 +43,12 @@ Expansion MakeResult(Session& session) {
     if (session.options.action == Options::Action::Evaluate)
         return {Evaluate(session), {}};
     return Project(session).Expand();
+}
+
+// For --check, whose output is the difference alone.
+Expansion MakeResultSilently(Session& session) {
+    const MutedOutput muted;
+    return MakeResult(session);
 }
 
 // What the text has printed on its way counts as output: its loss is a failure.
@@ -65,10 +73,16 @@ void WriteFiles(const Session& session, const Expansion& result) {
     Put(options, options.output, result.text);
 }
 
-void Produce(Session& session) {
+// Returns the exit status.
+int Produce(Session& session) {
+    if (session.options.check) {
+        const Expansion result = MakeResultSilently(session);
+        return CheckFile(session.options.output, result.text) ? 0 : s_statusDiffers;
+    }
     const Expansion result = MakeResult(session);
     CheckPrinted();
     WriteFiles(session, result);
+    return 0;
 }
 
 // ---- its failure -------------------------------------------------------------------------------
@@ -76,8 +90,7 @@ void Produce(Session& session) {
 // Returns the exit status. Throws std::bad_alloc where not even the report can be made.
 int ProduceOrReport(Session& session) {
     try {
-        Produce(session);
-        return 0;
+        return Produce(session);
     } catch (const LexScannerException& e) {
         ReportError(session.texts, e);
     } catch (const OutOfMemory& e) {
