@@ -70,7 +70,7 @@ protected:
 
 struct DirectiveCase {
     const char* text;
-    const char* removed;  // the output without the directives
+    const char* dropped;  // the output without the directives
     const char* kept;     // and with them
 };
 
@@ -104,10 +104,10 @@ constexpr DirectiveCase s_directiveCases[] = {
      "long text@import \"b.qz\" x"                                                                                                                                                                 },
 };
 
-TEST_F(ToolImportDirectives, AreRemovedExactly) {
+TEST_F(ToolImportDirectives, AreDroppedExactly) {
     for (const DirectiveCase& c : s_directiveCases) {
-        EXPECT_EQ(Expand(c.text), (Result{0, c.removed, ""})) << c.text;
-        EXPECT_EQ(Expand(c.text, {"--imports=remove"}), (Result{0, c.removed, ""})) << c.text;
+        EXPECT_EQ(Expand(c.text), (Result{0, c.dropped, ""})) << c.text;
+        EXPECT_EQ(Expand(c.text, {"--imports=drop"}), (Result{0, c.dropped, ""})) << c.text;
     }
 }
 
@@ -116,9 +116,9 @@ TEST_F(ToolImportDirectives, StayWhereThatIsAskedFor) {
         EXPECT_EQ(Expand(c.text, {"--imports=keep"}), (Result{0, c.kept, ""})) << c.text;
 }
 
-TEST_F(ToolImportDirectives, AreEitherKeptOrRemoved) {
+TEST_F(ToolImportDirectives, AreDealtWithInOneOfThreeWays) {
     EXPECT_EQ(Expand("", {"--imports=move"}),
-              tool_test::WrongCall("--imports is keep or remove: move"));
+              tool_test::WrongCall("--imports is drop, keep or inline: move"));
 }
 
 // ---- where a file is looked for ----------------------------------------------------------------

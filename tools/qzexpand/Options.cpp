@@ -26,11 +26,12 @@ const char s_help[] =
     "  -D TYPE:NAME=VALUE    define a value of type bool, int, double, char or string\n"
     "  -D '$NAME=VALUE'      define a dollar macro\n"
     "  -I FOLDER             search FOLDER for files that are imported\n"
-    "  --imports=keep        leave @import directives in the output\n"
     "  --depfile FILE        write the files that are read to FILE, for Make and Ninja\n"
     "  --depfile-target NAME the target in the depfile (the output)\n"
     "  --check               show how FILE would change, and write nothing\n"
     "  --always-write        write files also where their bytes stay the same\n"
+    "  --imports=inline      put the expansions of imported files where the directives stand\n"
+    "  --imports=keep        leave @import directives in the output (drop: take them out)\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
     "  --stack-limit MIB     the stack for nested macros (8)\n"
@@ -123,10 +124,29 @@ long ParseLimit(const char* option, long least, std::string_view text) {
     return value;
 }
 
-bool ParseKeepImports(const std::string& text) {
-    if (text != "keep" && text != "remove")
-        throw UsageError("--imports is keep or remove: " + text);
-    return text == "keep";
+// One of the words that an option takes.
+template <class Value>
+struct Word {
+    std::string_view word;
+    Value value;
+};
+
+constexpr Word<Imports> s_importsWords[] = {
+    {"drop",   Imports::Drop  },
+    {"keep",   Imports::Keep  },
+    {"inline", Imports::Inline},
+};
+
+template <class Value, std::size_t Size>
+Value ParseWord(const char* option, const Word<Value> (&words)[Size], std::string_view text) {
+    std::string choice;
+    for (const auto& [word, value] : words) {
+        if (word == text)
+            return value;
+        choice += (choice.empty() ? "" : &word == &words[Size - 1].word ? " or " : ", ");
+        choice += word;
+    }
+    throw UsageError(std::string(option) + " is " + choice + ": " + std::string(text));
 }
 
 // An option by its letter, its long name, or both. argument is null where the option takes none.
@@ -158,7 +178,7 @@ constexpr OptionRow s_options[] = {
     {0, "help", false,
      [](Options& o, const char*) { o.action = Options::Action::Help; }},
     {0, "imports", true,
-     [](Options& o, const char* s) { o.keepImports = ParseKeepImports(s); }},
+     [](Options& o, const char* s) { o.imports = ParseWord("--imports", s_importsWords, s); }},
     {0, "memory-limit", true,
      [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--memory-limit", 0, s); }},
     {0, "python", false,

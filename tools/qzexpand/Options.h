@@ -20,6 +20,9 @@ struct Definition {
     std::string value;
 };
 
+// What becomes of the @import directives in the output.
+enum class Imports { Drop, Keep, Inline };
+
 struct Options {
     enum class Action { Expand, Evaluate, Help, Version };
 
@@ -33,7 +36,7 @@ struct Options {
     bool alwaysWrite = false;                  // also where the bytes stay the same
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
-    bool keepImports = false;  // leave @import directives in the output
+    Imports imports = Imports::Drop;
     bool allowPython = false;
 
     // The bounds of the run; 0 is none.

@@ -18,24 +18,19 @@ using namespace vorn;
 
 namespace {
 
-// Appends to a string.
-class StringSink final : public IOutputStream {
+// Appends to a string, or to nothing where that is null.
+class Sink final : public IOutputStream {
 public:
-    explicit StringSink(xstring& text) : m_text(text) {}
+    explicit Sink(xstring* text) : m_text(text) {}
     void WriteStream(const void* p, ssize_t n) override {
         const auto* bytes = static_cast<const char*>(p);
-        m_text.append(bytes, bytes + n);
+        if (m_text != nullptr)
+            m_text->append(bytes, bytes + n);
     }
     void FlushStream() override {}
 
 private:
-    xstring& m_text;
-};
-
-class NullSink final : public IOutputStream {
-public:
-    void WriteStream(const void*, ssize_t) override {}
-    void FlushStream() override {}
+    xstring* m_text;
 };
 
 // The start of the last piece that stands for a place in a text; null if there is none.
@@ -50,32 +45,35 @@ const char* LastPosition(const OutputPieces& pieces) {
 }  // namespace
 
 Expansion Project::Expand() {
-    Expansion expansion;
-    StringSink sink(expansion.text);
-    xostream os(sink);
-    ExpandedOutput output(os);
-    m_output = &output;
-    ExpandFile(ReadInput(), nullptr, &m_session.frame, output);
-    output.GetPieces(expansion.pieces);
-    if (m_imports.empty() || m_session.options.keepImports)
-        return expansion;
-    return CutImports(expansion, m_imports);
+    return ExpandFile(ReadInput(), nullptr, &m_session.frame);
 }
 
 // importedAt is where the file is imported, null for the input.
-void Project::ExpandFile(File file, const char* importedAt, VarFrame* vf, ExpandedOutput& output) {
+Expansion Project::ExpandFile(File file, const char* importedAt, VarFrame* vf) {
     const std::string name = file.path.empty() ? "<stdin>" : file.path;
     const SourceText& text = m_session.texts.Add(name, std::move(file.text), importedAt);
-    m_open.push_back({&text, file.path, file.id});
+    Expansion expansion;
+    Sink sink(IsTextUsed(m_open.size()) ? &expansion.text : nullptr);
+    xostream os(sink);
+    ExpandedOutput output(os);
+    m_open.push_back({&text, file.path, file.id, &output});
     m_session.texts.SetCurrent(text);
     try {
         MacroExpand(this, vf, text.text, 0, 0, output);
     } catch (const std::bad_alloc&) {
         throw OutOfMemory{LastPosition(output.m_pieces)};
     }
+    output.GetPieces(expansion.pieces);
+    const std::vector<Import> imports = std::move(m_open.back().imports);
     m_open.pop_back();
     if (!m_open.empty())
         m_session.texts.SetCurrent(*m_open.back().text);
+    return imports.empty() ? std::move(expansion) : SpliceImports(expansion, imports);
+}
+
+// Whether anything is made of the text of a file that so many imports have led to.
+bool Project::IsTextUsed(std::size_t depth) const {
+    return depth == 0 || m_session.options.imports == Imports::Inline;
 }
 
 // ---- imports -----------------------------------------------------------------------------------
@@ -112,14 +110,15 @@ bool Project::HandleImportPath(const xstring& importPath, const char*) {
 }
 
 bool Project::HandleImport(VarFrame* vf, const xstring& importPath, const char* errorpos) {
-    if (m_open.size() == 1)
-        m_imports.emplace_back(errorpos, *m_output);
     File file = ReadImport(ApplyDollarMacros(m_session, importPath), errorpos);
     RefuseCycle(file, errorpos);
-    NullSink sink;
-    xostream os(sink);
-    ExpandedOutput output(os);
-    ExpandFile(std::move(file), errorpos, vf, output);
+    Expansion expansion = ExpandFile(std::move(file), errorpos, vf);
+    OpenFile& importer = m_open.back();
+    const Imports imports = m_session.options.imports;
+    if (imports == Imports::Drop)
+        expansion = {};
+    if (imports != Imports::Keep && IsTextUsed(m_open.size() - 1))
+        importer.imports.emplace_back(errorpos, *importer.output, std::move(expansion));
     return true;
 }
 

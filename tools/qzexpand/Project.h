@@ -1,14 +1,15 @@
 // A text and the files that it imports, expanded in one frame.
 //
 // An @import is followed at once, so that the definitions of the imported file are there for the
-// text behind it. The text of an imported file goes nowhere: only what it defines, and what it
-// prints, has an effect. A file is read and expanded as often as it is imported.
+// text behind it. The text of an imported file goes where the directive stood, or nowhere: then
+// only what it defines, and what it prints, has an effect. A file is read and expanded as often as
+// it is imported.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "ImportCuts.h"
+#include "ImportSplices.h"
 #include "Session.h"
 #include "common/Files.h"
 #include "qzMacroExpander/MacroExpand.h"
@@ -45,6 +46,8 @@ private:
         const SourceText* text;
         std::string path;
         FileId id;
+        const vorn::ExpandedOutput* output;
+        std::vector<Import> imports{};  // that are to be replaced
     };
 
     File ReadInput() const;
@@ -52,14 +55,12 @@ private:
     std::vector<std::string> Candidates(const std::string& path) const;
     std::string RelativeToOpenFile(const std::string& path) const;
     void RefuseCycle(const File& file, const char* errorpos) const;
-    void ExpandFile(File file, const char* importedAt, vorn::VarFrame* vf,
-                    vorn::ExpandedOutput& output);
+    Expansion ExpandFile(File file, const char* importedAt, vorn::VarFrame* vf);
+    bool IsTextUsed(std::size_t depth) const;
 
     Session& m_session;
-    std::vector<OpenFile> m_open;                    // outermost first
-    std::vector<std::string> m_importPaths;          // of @importpath, in their order
-    std::vector<Import> m_imports;                   // of the input
-    const vorn::ExpandedOutput* m_output = nullptr;  // of the input
+    std::vector<OpenFile> m_open;            // outermost first
+    std::vector<std::string> m_importPaths;  // of @importpath, in their order
 };
 
 }  // namespace qztools
