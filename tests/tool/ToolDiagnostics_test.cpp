@@ -72,11 +72,13 @@ TEST_F(ToolDiagnostics, LeavesTheCarriageReturnOfALineEndOut) {
 TEST_F(ToolDiagnostics, MarksTheColumnBehindALineThatEndsTooEarly) {
     EXPECT_EQ(ErrorOf("a @[b"), "a.qz(1) : Met EOS while reading bracketted section\n"
                                 "a @[b\n"
-                                "     ^\n");
+                                "     ^\n"
+                                "hint: the [ in line 1 is not closed\n");
 }
 
 TEST_F(ToolDiagnostics, ShowsNoSourceForTheEmptyLineAtTheEndOfAText) {
-    EXPECT_EQ(ErrorOf("a @[b\n"), "a.qz(2) : Met EOS while reading bracketted section\n");
+    EXPECT_EQ(ErrorOf("a @[b\n"), "a.qz(2) : Met EOS while reading bracketted section\n"
+                                  "hint: the [ in line 1 is not closed\n");
 }
 
 // ---- bytes that a terminal must not see --------------------------------------------------------

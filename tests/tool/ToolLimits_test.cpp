@@ -151,7 +151,7 @@ TEST_F(ToolLimits, ReportsWhereTheMemoryRanOutWithoutASanitizer) {
                       "<stdin>(2) : the memory ran out\n"
                       " @while (true) {text}\n"
                       "                ^\n"
-                      "qzexpand: --memory-limit=MIB gives it more\n"}));
+                      "hint: --memory-limit=MIB gives it more\n"}));
 }
 
 TEST_F(ToolLimits, ReportsAnInputThatTheMemoryCannotHoldWithoutASanitizer) {

@@ -23,14 +23,14 @@ TEST_F(ToolPython, IsForbiddenWithoutTheOption) {
                       "\n"
                       "@runpython {\n"
                       "^\n"
-                      "qzexpand: --python allows the text to run Python\n"}));
+                      "hint: --python allows the text to run Python\n"}));
     EXPECT_EQ(Run({}, "@defpython f(x) = x * 2\nf(21)"),
               (Result{1, "",
                       "<stdin>(2) : Python initialisation error: forbidden by the host\n"
                       "    invoking python macro f\n"
                       "f(21)\n"
                       "     ^\n"
-                      "qzexpand: --python allows the text to run Python\n"}));
+                      "hint: --python allows the text to run Python\n"}));
 }
 
 TEST_F(ToolPython, MayBeDefinedWithoutTheOptionAsLongAsItIsNotUsed) {

@@ -65,51 +65,42 @@ Window ChooseWindow(std::string_view line, std::size_t column) {
 
 }  // namespace
 
-std::string Excerpt(const Place& place) {
+Excerpt MakeExcerpt(const Place& place, vorn::ssize_t size) {
     constexpr std::string_view s_cut = "...";
     const std::string_view line = ToView(place.bytes);
     if (line.empty())
         return {};
     const auto column = std::min(static_cast<std::size_t>(place.column), line.size());
     const Window window = ChooseWindow(line, column);
-    std::string shown(window.cutBefore ? s_cut : "");
-    std::string mark(shown.size(), ' ');
+    Excerpt excerpt{std::string(window.cutBefore ? s_cut : ""), {}, {}};
+    excerpt.blanks.assign(excerpt.line.size(), ' ');
     for (std::size_t i = window.first; i < window.last;) {
         const std::string_view rest = line.substr(i, window.last - i);
         const Glyph glyph = FirstGlyph(rest);
-        AppendGlyph(shown, rest, glyph);
+        AppendGlyph(excerpt.line, rest, glyph);
+        if (i + glyph.size <= column)
+            excerpt.blanks +=
+                rest[0] == '\t' ? std::string("\t") : std::string(glyph.Columns(), ' ');
+        else if (i < column + static_cast<std::size_t>(size))
+            excerpt.mark.append(glyph.Columns(), '~');
         i += glyph.size;
-        if (i <= column)
-            mark += line[i - 1] == '\t' ? std::string("\t") : std::string(glyph.Columns(), ' ');
     }
-    shown += window.cutBehind ? s_cut : "";
-    return shown + '\n' + mark + "^\n";
+    if (excerpt.mark.empty())
+        excerpt.mark += '^';
+    excerpt.mark.front() = '^';
+    excerpt.line += window.cutBehind ? s_cut : "";
+    return excerpt;
 }
 
-// ---- the report --------------------------------------------------------------------------------
-
-namespace {
-
-std::string FormatImports(const SourceTexts& texts, const SourceText* text) {
-    std::string report;
-    while (text->importedAt != nullptr) {
-        const SourceText* importer = texts.Find(text->importedAt);
-        report +=
-            PlaceName(FindPlace(*importer, text->importedAt)) + text->name + " is imported here\n";
-        text = importer;
+std::vector<Place> ImportsOf(const SourceTexts& texts, const SourceText& text) {
+    std::vector<Place> imports;
+    const SourceText* imported = &text;
+    while (imported->importedAt != nullptr) {
+        const SourceText* importer = texts.Find(imported->importedAt);
+        imports.push_back(FindPlace(*importer, imported->importedAt));
+        imported = importer;
     }
-    return report;
-}
-
-}  // namespace
-
-std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e) {
-    const std::string message = Visible(ToView(e.m_description)) + '\n';
-    const SourceText* text = texts.Find(e.m_pos);
-    if (text == nullptr)
-        return texts.Current()->name + " : " + message + FormatImports(texts, texts.Current());
-    const Place place = FindPlace(*text, e.m_pos);
-    return PlaceName(place) + message + Excerpt(place) + FormatImports(texts, text);
+    return imports;
 }
 
 }  // namespace qztools

@@ -1,20 +1,10 @@
-// Errors of a text, as the user sees them:
-//
-//   a.qz(3) : Assertion failure
-//           @assert(x)
-//   ie      @assert(1 > 2)
-//   @assert(x)
-//          ^
-//
-// First the message with its lines of context, then the line of the source with a mark below the
-// column, and then the imports that led to the file, as in "main.qz(7) : a.qz is imported here".
-// All of it is made visible: see Visible.h.
+// Positions in texts, as the user sees them.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "SourceTexts.h"
-#include "qzMacroExpander/LSToken.h"
 
 namespace qztools {
 
@@ -32,11 +22,19 @@ Place FindPlace(const SourceText& text, const char* pos);
 // "name(line) : "
 std::string PlaceName(const Place& place);
 
-// The line and the mark. Of a very long line, the part around the mark; of an empty one, nothing.
-std::string Excerpt(const Place& place);
+// A line of source, and the line with the mark below its column: ^, or ^~~~ for a stretch. Both
+// are visible, see Visible.h, and without their line ends.
+struct Excerpt {
+    std::string line;
+    std::string blanks;  // in front of the mark
+    std::string mark;
+};
 
-// The report of an error. One whose position lies in no text that is known, such as a text that
-// macros have put together, is reported without a line for the current text.
-std::string FormatError(const SourceTexts& texts, const vorn::LexScannerException& e);
+// Marks a stretch of that many bytes. Of a very long line, the part around the mark is shown; of
+// an empty one, nothing.
+Excerpt MakeExcerpt(const Place& place, vorn::ssize_t size);
+
+// The places that led to a text by their imports, innermost first.
+std::vector<Place> ImportsOf(const SourceTexts& texts, const SourceText& text);
 
 }  // namespace qztools

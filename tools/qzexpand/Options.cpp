@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 #include <getopt.h>
@@ -38,6 +39,9 @@ const char s_help[] =
     "  --stack-limit MIB     the stack for nested macros (8)\n"
     "  --memory-limit MIB    the memory in all, 0 for no limit (most of the machine's)\n"
     "  --time-limit SECONDS  the time in all, 0 for no limit (0)\n"
+    "  --backtrace=all       show all lines of context of an error, also of a long one\n"
+    "  --color=WHEN          colour reports: auto (on a terminal), always or never\n"
+    "  --diagnostics=json    report for editors: one JSON object a line\n"
     "  --help, --version     show this text, or the version\n"
     "\n"
     "The status is 0 when all went well, 1 after an error, 2 after a wrong call.\n";
@@ -156,11 +160,27 @@ Value ParseWord(const char* option, const Word<Value> (&words)[Size], std::strin
     throw UsageError(std::string(option) + " is " + choice + ": " + std::string(text));
 }
 
-// An option by its letter, its long name, or both. argument is null where the option takes none.
+constexpr Word<std::optional<bool>> s_colorWords[] = {
+    {"auto",   {}   },
+    {"always", true },
+    {"never",  false},
+};
+
+constexpr Word<bool> s_diagnosticsWords[] = {
+    {"text", false},
+    {"json", true },
+};
+
+constexpr Word<bool> s_backtraceWords[] = {
+    {"short", false},
+    {"all",   true },
+};
+
+// An option by its letter, its long name, or both. argument is null where there is none.
 struct OptionRow {
     char letter;       // 0 where there is none
     const char* name;  // null where there is none
-    bool takesArgument;
+    int hasArgument;   // as getopt has it: no_argument, required_argument or optional_argument
     void (*apply)(Options& options, const char* argument);
 };
 
@@ -180,6 +200,15 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.depfile = s; }},
     {0, "depfile-target", true,
      [](Options& o, const char* s) { o.depfileTarget = s; }},
+    {0, "backtrace", true,
+     [](Options& o, const char* s) {
+         o.reportStyle.hasWholeBacktrace = ParseWord("--backtrace", s_backtraceWords, s); }},
+    {0, "color", true,
+     [](Options& o, const char* s) {
+         o.reportStyle.isColored = ParseWord("--color", s_colorWords, s); }},
+    {0, "diagnostics", true,
+     [](Options& o, const char* s) {
+         o.reportStyle.isJson = ParseWord("--diagnostics", s_diagnosticsWords, s); }},
     {0, "eval", true,
      [](Options& o, const char* s) { o.action = Options::Action::Evaluate; o.expression = s; }},
     {0, "help", false,
@@ -211,11 +240,10 @@ public:
             const OptionRow& row = s_options[i];
             if (row.letter != 0)
                 m_letters += row.letter;
-            if (row.letter != 0 && row.takesArgument)
+            if (row.letter != 0 && row.hasArgument == required_argument)
                 m_letters += ':';
             if (row.name != nullptr)
-                m_names.push_back({row.name, row.takesArgument ? required_argument : no_argument,
-                                   nullptr, s_firstOption + i});
+                m_names.push_back({row.name, row.hasArgument, nullptr, s_firstOption + i});
         }
         m_names.push_back({});
     }
@@ -260,8 +288,7 @@ void CheckTogether(const Options& options) {
 
 }  // namespace
 
-Options ParseCommandLine(int argc, char** argv) {
-    Options options;
+void ParseCommandLine(int argc, char** argv, Options& options) {
     opterr = 0;  // the messages are made here
     const GetoptTables tables;
     int found = 0;
@@ -271,17 +298,16 @@ Options ParseCommandLine(int argc, char** argv) {
             ThrowBadOption(found, argv);
         row->apply(options, optarg);
         if (options.action == Options::Action::Help || options.action == Options::Action::Version)
-            return options;
+            return;
     }
     CheckTogether(options);
     if (optind == argc)
-        return options;
+        return;
     if (options.action == Options::Action::Evaluate)
         throw UsageError(std::string("--eval takes no file: ") + argv[optind]);
     if (argc - optind > 1)
         throw UsageError(std::string("more than one file: ") + argv[optind + 1]);
     options.input = argv[optind];
-    return options;
 }
 
 }  // namespace qztools

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "ReportStyle.h"
 #include "qzMacroExpander/LSVariable.h"
 
 namespace qztools {
@@ -47,6 +48,8 @@ struct Options {
     long stackLimit = 8;    // in MiB, not 0
     long memoryLimit = -1;  // in MiB; below 0: most of what the machine has
     long timeLimit = 0;     // in seconds
+
+    ReportStyle reportStyle{};
 };
 
 // A wrong call.
@@ -55,8 +58,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Throws UsageError.
-Options ParseCommandLine(int argc, char** argv);
+// Adds to the options what the command line asks for. Throws UsageError; what stands in front of
+// the wrong argument has been added then.
+void ParseCommandLine(int argc, char** argv, Options& options);
 
 extern const char s_usage[];  // for a wrong call
 extern const char s_help[];   // for --help

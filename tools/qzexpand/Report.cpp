@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
-#include "Diagnostics.h"
+#include "Backtrace.h"
+#include "Diagnosis.h"
+#include "Hints.h"
 #include "Options.h"
 #include "common/Files.h"
 #include "common/Views.h"
@@ -12,36 +14,77 @@ namespace qztools {
 
 namespace {
 
+// One for the process: reports are made long before and behind whatever could own a style.
+ReportStyle s_style;
+
 // In one piece, so that the reports of several processes do not mix.
-void Write(std::string_view report) {
-    WriteAll(STDERR_FILENO, ToSubString(report));
+void Write(const SourceTexts& texts, const Diagnosis& diagnosis) {
+    WriteAll(STDERR_FILENO, ToSubString(s_style.isJson ? FormatAsJson(texts, diagnosis)
+                                                       : FormatAsText(texts, diagnosis, s_style)));
 }
 
-std::string FormatFault(std::string_view message) {
-    return "qzexpand: " + VisibleName(message) + '\n';
+void Write(const Diagnosis& diagnosis) {
+    Write(SourceTexts(), diagnosis);
+}
+
+Diagnosis Diagnose(const SourceTexts& texts, const vorn::LexScannerException& e) {
+    Diagnosis diagnosis;
+    diagnosis.text = texts.Find(e.m_pos);
+    if (diagnosis.text != nullptr)
+        diagnosis.place = FindPlace(*diagnosis.text, e.m_pos);
+    else
+        diagnosis.text = texts.Current();
+    const Backtrace backtrace = ParseBacktrace(ToView(e.m_description));
+    diagnosis.message = Visible(backtrace.message);
+    for (const std::string_view entry : backtrace.context)
+        diagnosis.context.push_back(Visible(entry));
+    return diagnosis;
 }
 
 }  // namespace
 
+void SetReportStyle(const ReportStyle& style, bool terminalTakesColor) {
+    s_style = style;
+    s_style.isColored = style.isColored.value_or(terminalTakesColor);
+}
+
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e) {
-    std::string report = FormatError(texts, e);
-    if (ToView(e.m_description).find("Python initialisation error: forbidden by the host")
-        != std::string_view::npos)
-        report += FormatFault("--python allows the text to run Python");
-    Write(report);
+    Diagnosis diagnosis = Diagnose(texts, e);
+    for (const std::string& hint : FindHints(texts, e))
+        diagnosis.hints.push_back(VisibleName(hint));
+    Write(texts, diagnosis);
+}
+
+void ReportRemark(const SourceTexts& texts, const Remark& remark) {
+    Diagnosis diagnosis;
+    diagnosis.isWarning = remark.severity == Remark::Severity::Warning;
+    diagnosis.text = texts.Find(remark.place.m_p1);
+    diagnosis.place = FindPlace(*diagnosis.text, remark.place.m_p1);
+    diagnosis.size = remark.place.size();
+    diagnosis.message = VisibleName(remark.message);
+    if (!remark.hint.empty())
+        diagnosis.hints.push_back(VisibleName(remark.hint));
+    Write(texts, diagnosis);
 }
 
 void ReportLimit(const SourceTexts& texts, const vorn::LexScannerException& e,
                  std::string_view advice) {
-    Write(FormatError(texts, e) + FormatFault(advice));
+    Diagnosis diagnosis = Diagnose(texts, e);
+    diagnosis.hints.emplace_back(advice);
+    Write(texts, diagnosis);
 }
 
 void ReportFault(std::string_view message) {
-    Write(FormatFault(message));
+    Diagnosis diagnosis;
+    diagnosis.message = VisibleName(message);
+    Write(diagnosis);
 }
 
 void ReportWrongCall(std::string_view message) {
-    Write(FormatFault(message) + s_usage);
+    Diagnosis diagnosis;
+    diagnosis.message = VisibleName(message);
+    diagnosis.usage = s_usage;
+    Write(diagnosis);
 }
 
 }  // namespace qztools

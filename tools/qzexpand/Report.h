@@ -1,16 +1,48 @@
 // What the tool says on standard error: everything that goes wrong is reported here, in one form.
+//
+// A report is written in one piece. For people it is a text:
+//
+//   a.qz(3) : Assertion failure
+//           @assert(x)
+//   ie      @assert(1 > 2)
+//   @assert(x)
+//          ^
+//   main.qz(7) : a.qz is imported here
+//   hint: ...
+//
+// First the message with its lines of context, then the line of the source with a mark below the
+// column, then the imports that led to the file, then hints. For editors it is a JSON object on
+// one line; docs/qzexpand.md names its fields.
+//
+// Whatever comes from a text, a file name or the command line is made visible: see Visible.h.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "ReportStyle.h"
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSToken.h"
 
 namespace qztools {
 
-// An error of a text.
+// The style of all reports from now on.
+void SetReportStyle(const ReportStyle& style, bool terminalTakesColor);
+
+// An error of a text. One whose position lies in no text that is known, such as a text that macros
+// have put together, is reported without a line for the current text.
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e);
+
+// What is wrong with a stretch of a known text, although it was expanded.
+struct Remark {
+    enum class Severity { Warning, Error };
+
+    Severity severity = Severity::Warning;
+    vorn::SubString place;
+    std::string message;
+    std::string hint;  // may be empty
+};
+void ReportRemark(const SourceTexts& texts, const Remark& remark);
 
 // The end of a run at one of its limits: where the text stood, and what gives it more room.
 void ReportLimit(const SourceTexts& texts, const vorn::LexScannerException& e,

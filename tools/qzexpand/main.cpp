@@ -8,8 +8,11 @@
 int main(int argc, char** argv) {
     using namespace qztools;
     std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
+    const bool takesColor = TerminalTakesColor();
+    Options options;
     try {
-        const Options options = ParseCommandLine(argc, argv);
+        ParseCommandLine(argc, argv, options);
+        SetReportStyle(options.reportStyle, takesColor);
         switch (options.action) {
         case Options::Action::Help:
             return Show(s_help);
@@ -20,6 +23,7 @@ int main(int argc, char** argv) {
             return Run(options);
         }
     } catch (const UsageError& e) {
+        SetReportStyle(options.reportStyle, takesColor);
         ReportWrongCall(e.what());
     }
     return 2;
