@@ -24,9 +24,6 @@ struct Definition {
 // What becomes of the @import directives in the output.
 enum class Imports { Drop, Keep, Inline };
 
-// How line ends are read and written: see Newlines.h.
-enum class Newlines { Keep, Lf, CrLf };
-
 struct Options {
     enum class Action { Expand, Evaluate, Help, Version };
 
@@ -41,7 +38,6 @@ struct Options {
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
     Imports imports = Imports::Drop;
-    Newlines newlines = Newlines::Keep;
     bool allowPython = false;
 
     // The bounds of the run; 0 is none.
