@@ -187,18 +187,18 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.importFolders.emplace_back(s); }},
     {0, "always-write", false,
      [](Options& o, const char*) { o.alwaysWrite = true; }},
+    {0, "backtrace", true,
+     [](Options& o, const char* s) {
+         o.reportStyle.hasWholeBacktrace = ParseWord("--backtrace", s_backtraceWords, s); }},
     {0, "check", false,
      [](Options& o, const char*) { o.check = true; }},
+    {0, "color", true,
+     [](Options& o, const char* s) {
+         o.reportStyle.isColored = ParseWord("--color", s_colorWords, s); }},
     {0, "depfile", true,
      [](Options& o, const char* s) { o.depfile = s; }},
     {0, "depfile-target", true,
      [](Options& o, const char* s) { o.depfileTarget = s; }},
-    {0, "backtrace", true,
-     [](Options& o, const char* s) {
-         o.reportStyle.hasWholeBacktrace = ParseWord("--backtrace", s_backtraceWords, s); }},
-    {0, "color", true,
-     [](Options& o, const char* s) {
-         o.reportStyle.isColored = ParseWord("--color", s_colorWords, s); }},
     {0, "diagnostics", true,
      [](Options& o, const char* s) {
          o.reportStyle.isJson = ParseWord("--diagnostics", s_diagnosticsWords, s); }},
