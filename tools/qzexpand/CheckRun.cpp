@@ -6,9 +6,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "common/UnifiedDiff.h"
 #include "common/Fault.h"
 #include "common/Files.h"
+#include "common/UnifiedDiff.h"
 #include "common/Views.h"
 
 namespace qztools {

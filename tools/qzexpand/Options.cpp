@@ -41,6 +41,7 @@ const char s_help[] =
     "  --backtrace=all       show all lines of context of an error, also of a long one\n"
     "  --color=WHEN          colour reports: auto (on a terminal), always or never\n"
     "  --diagnostics=json    report for editors: one JSON object a line\n"
+    "  --warn-unknown        warn of an @name that is neither a directive nor a variable\n"
     "  --help, --version     show this text, or the version\n"
     "\n"
     "The status is 0 when all went well, 1 after an error, 2 after a wrong call.\n";
@@ -159,6 +160,11 @@ constexpr Word<std::optional<bool>> s_colorWords[] = {
     {"never",  false},
 };
 
+constexpr Word<Unknown> s_warnUnknownWords[] = {
+    {"warning", Unknown::Warn  },
+    {"error",   Unknown::Refuse},
+};
+
 constexpr Word<bool> s_diagnosticsWords[] = {
     {"text", false},
     {"json", true },
@@ -218,6 +224,10 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.timeLimit = ParseLimit("--time-limit", 0, s); }},
     {0, "version", false,
      [](Options& o, const char*) { o.action = Options::Action::Version; }},
+    {0, "warn-unknown", optional_argument,
+     [](Options& o, const char* s) {
+         o.unknownNames = ParseWord("--warn-unknown", s_warnUnknownWords,
+                                    s == nullptr ? "warning" : s); }},
 };
 // clang-format on
 

@@ -24,6 +24,9 @@ struct Definition {
 // What becomes of the @import directives in the output.
 enum class Imports { Drop, Keep, Inline };
 
+// What happens to an @name that is neither a directive nor a variable.
+enum class Unknown { Keep, Warn, Refuse };
+
 struct Options {
     enum class Action { Expand, Evaluate, Help, Version };
 
@@ -46,6 +49,7 @@ struct Options {
     long timeLimit = 0;     // in seconds
 
     ReportStyle reportStyle{};
+    Unknown unknownNames = Unknown::Keep;
 };
 
 // A wrong call.

@@ -45,7 +45,10 @@ const char* LastPosition(const OutputPieces& pieces) {
 }  // namespace
 
 Expansion Project::Expand() {
-    return ExpandFile(ReadInput(), nullptr, &m_session.frame);
+    Expansion expansion = ExpandFile(ReadInput(), nullptr, &m_session.frame);
+    if (m_session.options.unknownNames == Unknown::Refuse && m_unknownNames.HaveBeenFound())
+        throw Fault("unknown names are treated as errors");
+    return expansion;
 }
 
 // importedAt is where the file is imported, null for the input.
@@ -62,7 +65,11 @@ Expansion Project::ExpandFile(File file, const char* importedAt, VarFrame* vf) {
         MacroExpand(this, vf, text.text, 0, 0, output);
     } catch (const std::bad_alloc&) {
         throw OutOfMemory{LastPosition(output.m_pieces)};
+    } catch (const LexScannerException&) {
+        m_unknownNames.Report(output.m_pieces);  // one of them may be what has led to the error
+        throw;
     }
+    m_unknownNames.Report(output.m_pieces);
     output.GetPieces(expansion.pieces);
     const std::vector<Import> imports = std::move(m_open.back().imports);
     m_open.pop_back();

@@ -11,6 +11,7 @@
 
 #include "ImportSplices.h"
 #include "Session.h"
+#include "UnknownNames.h"
 #include "common/Files.h"
 #include "qzMacroExpander/MacroExpand.h"
 
@@ -23,10 +24,10 @@ struct OutOfMemory {
 
 class Project final : public vorn::ImportHandler {
 public:
-    explicit Project(Session& session) : m_session(session) {}
+    explicit Project(Session& session) : m_session(session), m_unknownNames(session) {}
 
     // Expands the input that the options name. REQUIRES: called once. Throws LexScannerException,
-    // OutOfMemory and Fault.
+    // OutOfMemory and Fault; the last one also for unknown names, where the options refuse them.
     Expansion Expand();
 
     bool HandleImportPath(const vorn::xstring& importPath, const char* errorpos) override;
@@ -59,6 +60,7 @@ private:
     bool IsTextUsed(std::size_t depth) const;
 
     Session& m_session;
+    UnknownNames m_unknownNames;
     std::vector<OpenFile> m_open;            // outermost first
     std::vector<std::string> m_importPaths;  // of @importpath, in their order
 };
