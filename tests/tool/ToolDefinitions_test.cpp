@@ -53,7 +53,8 @@ TEST_F(ToolDefinitions, ReportsAFaultInADefinitionAtTheDefinition) {
                       "<-D n>(2) : Met EOS within double quoted string after reading \" b\n"
                       "    invoking macro n\n"
                       "  \" b\n"
-                      "     ^\n"}));
+                      "     ^\n"
+                      "hint: a \" begins a string, which has to end on its line\n"}));
 }
 
 TEST_F(ToolDefinitions, EvaluatesTheValueOfATypeAsLetDoes) {

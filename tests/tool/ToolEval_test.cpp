@@ -80,7 +80,8 @@ TEST_F(ToolEval, MarksAFaultInTheTextOfAMacro) {
                       "<-D m>(1) : Incompatible types (int64 and string) for + operation\n"
                       "    expression: 1 + \"x\" +\n"
                       "\"x\" +\n"
-                      "    ^\n"}));
+                      "    ^\n"
+                      "hint: string(n) makes a string of the number n\n"}));
 }
 
 TEST_F(ToolEval, ReportsAFaultOfTheExpansion) {

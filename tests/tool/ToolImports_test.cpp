@@ -58,7 +58,9 @@ TEST_F(ToolImports, AreRefusedInsideBlocks) {
               (Result{1, "",
                       "main.qz(1) : @import statement not allowed here\n"
                       "@scope { @import \"b.qz\" }\n"
-                      "          ^\n"}));
+                      "          ^\n"
+                      "hint: imports stand at the top level of a file, not in macros, blocks and"
+                      " brackets\n"}));
 }
 
 // ---- the directive in the output ---------------------------------------------------------------
