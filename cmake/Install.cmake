@@ -6,8 +6,14 @@ set(QZ_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/qzMacroExpander")
 write_basic_package_version_file(qzMacroExpanderConfigVersion.cmake
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMinorVersion)
 install(FILES
+    "${PROJECT_SOURCE_DIR}/cmake/qzExpandSources.cmake"
     "${PROJECT_SOURCE_DIR}/cmake/qzMacroExpanderConfig.cmake"
     "${CMAKE_CURRENT_BINARY_DIR}/qzMacroExpanderConfigVersion.cmake"
   DESTINATION "${QZ_CMAKE_DIR}" COMPONENT development)
 install(EXPORT qzMacroExpanderTargets NAMESPACE qz::
   DESTINATION "${QZ_CMAKE_DIR}" COMPONENT development)
+# By itself, so that the development files can be installed without the tools.
+if(QZ_BUILD_TOOLS)
+  install(EXPORT qzMacroExpanderToolsTargets NAMESPACE qz::
+    DESTINATION "${QZ_CMAKE_DIR}" COMPONENT tools)
+endif()

@@ -1,0 +1,7 @@
+#include <iostream>
+
+#include "colours.h"
+
+int main() {
+    std::cout << Banner() << ": " << NameOf(Colour::green) << "\n";
+}
