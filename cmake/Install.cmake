@@ -12,8 +12,3 @@ install(FILES
   DESTINATION "${QZ_CMAKE_DIR}" COMPONENT development)
 install(EXPORT qzMacroExpanderTargets NAMESPACE qz::
   DESTINATION "${QZ_CMAKE_DIR}" COMPONENT development)
-# By itself, so that the development files can be installed without the tools.
-if(QZ_BUILD_TOOLS)
-  install(EXPORT qzMacroExpanderToolsTargets NAMESPACE qz::
-    DESTINATION "${QZ_CMAKE_DIR}" COMPONENT tools)
-endif()
