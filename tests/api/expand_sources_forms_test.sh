@@ -1,11 +1,11 @@
-# expand_sources_forms_test.sh CMAKE CXX BUILD_DIR PROJECT GENERATOR: all forms in which
-# qz_expand_sources can be called give what they should.
+# expand_sources_forms_test.sh CMAKE CXX BUILD_DIR PROJECT GENERATOR WITH_PYTHON: all forms
+# in which qz_expand_sources can be called give what they should.
 set -euo pipefail
-cmake=$1 cxx=$2 build=$3 project=$4 generator=$5
+cmake=$1 cxx=$2 build=$3 project=$4 generator=$5 python=$6
 . "$(dirname "$0")/prefix.sh"
 install_into "$dir/prefix"
 quietly "$cmake" -S "$project" -B "$dir/out" -G "$generator" "-DCMAKE_CXX_COMPILER=$cxx" \
-    "-DCMAKE_PREFIX_PATH=$dir/prefix"
+    "-DCMAKE_PREFIX_PATH=$dir/prefix" "-DWITH_PYTHON=$python"
 quietly "$cmake" --build "$dir/out" --parallel 2
 
 "$dir/out/program/program" | diff - <(echo '1 2 3 42')
@@ -16,3 +16,6 @@ END
 diff "$texts/second/text.txt" <(echo second)
 diff "$texts/made/late.txt" <(echo '@import "later.qz"very delayed')
 diff "$dir/out/qz/others/first/text.txt" <(echo '1|2|"there"')
+if [ "$python" = ON ]; then
+    diff "$dir/out/qz/others/second/python.txt" <(echo '[0,1,4,9]')
+fi
