@@ -195,6 +195,7 @@ Result WrongCall(const std::string& message) {
                   "qzexpand: " + message
                       + "\n"
                         "usage: qzexpand [OPTION]... [FILE]\n"
+                        "       qzexpand [OPTION]... -o FOLDER FILE...\n"
                         "       qzexpand [OPTION]... --eval EXPRESSION\n"
                         "Try 'qzexpand --help' for more.\n"};
 }

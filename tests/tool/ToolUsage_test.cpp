@@ -17,12 +17,13 @@ TEST_F(ToolUsage, RefusesAWrongCallWithAShortText) {
     EXPECT_EQ(Run({"-o"}), WrongCall("-o needs an argument"));
     EXPECT_EQ(Run({"-D"}), WrongCall("-D needs an argument"));
     EXPECT_EQ(Run({"--eval"}), WrongCall("--eval needs an argument"));
-    EXPECT_EQ(Run({"a", "b"}), WrongCall("more than one file: b"));
+    EXPECT_EQ(Run({"a", "b"}), WrongCall("more than one file without -o FOLDER: b"));
     EXPECT_EQ(Run({"--eval", "1", "a"}), WrongCall("--eval takes no file: a"));
 }
 
 TEST_F(ToolUsage, MakesTheBytesOfAWrongArgumentVisible) {
-    EXPECT_EQ(Run({"a", "\x1b[31m\n"}), WrongCall("more than one file: \\x1b[31m\\x0a"));
+    EXPECT_EQ(Run({"a", "\x1b[31m\n"}),
+              WrongCall("more than one file without -o FOLDER: \\x1b[31m\\x0a"));
 }
 
 TEST_F(ToolUsage, ShowsTheVersionOfTheProject) {

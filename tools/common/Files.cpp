@@ -51,8 +51,6 @@ private:
 
 // ---- reading -----------------------------------------------------------------------------------
 
-namespace {
-
 int ReadToEnd(int fd, xstring& text) {
     std::array<char, 65536> part;
     while (true) {
@@ -65,6 +63,8 @@ int ReadToEnd(int fd, xstring& text) {
             return errno;
     }
 }
+
+namespace {
 
 int ReadDescriptor(int fd, xstring& text, FileId& id) {
     struct stat status {};
@@ -168,6 +168,7 @@ void ReplaceFile(const std::string& path, const struct stat* old, SubString byte
     Descriptor file(
         ::open(temporary.Path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     int error = file.Get() < 0 ? errno : 0;
+    temporary.OnMade();
     if (error == 0 && old != nullptr)
         error = TakeOver(file.Get(), *old);
     if (error == 0)

@@ -22,6 +22,9 @@ struct FileId {
 int ReadFile(const std::string& path, vorn::xstring& text, FileId& id);
 int ReadStandardInput(vorn::xstring& text, FileId& id);
 
+// Reads what a file descriptor still has. Returns 0 or an errno.
+int ReadToEnd(int fd, vorn::xstring& text);
+
 // Writes a file, all of it or nothing; "-" stands for standard output. The bytes go to a temporary
 // file beside it, which takes its place once everything has been written. A symbolic link is
 // followed, and an old file hands on its permissions. What is no regular file (a pipe, a device) is

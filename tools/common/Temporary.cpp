@@ -15,6 +15,14 @@ namespace {
 std::atomic<const char*> s_path = nullptr;
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
+std::atomic<bool> s_isOver = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+void RemoveTemporary() {
+    if (const char* path = s_path)
+        ::unlink(path);
+}
+
 }  // namespace
 
 Temporary::Temporary(std::string path) : m_path(std::move(path)) {
@@ -33,9 +41,16 @@ int Temporary::MoveTo(const std::string& destination) {
     return 0;
 }
 
-void RemoveTemporary() {
-    if (const char* path = s_path)
-        ::unlink(path);
+// The handler says that it is over before it removes the file; so either it finds the file, or
+// the end is seen here.
+void Temporary::OnMade() const {
+    if (s_isOver)
+        RemoveTemporary();
+}
+
+void RemoveTemporaryForGood() {
+    s_isOver = true;
+    RemoveTemporary();
 }
 
 }  // namespace qztools

@@ -17,6 +17,9 @@ public:
 
     const std::string& Path() const { return m_path; }
 
+    // To be called once the file may have come into being.
+    void OnMade() const;
+
     // Gives the file its final name, in place of a file that has it. Returns 0 or an errno.
     int MoveTo(const std::string& destination);
 
@@ -24,7 +27,8 @@ private:
     std::string m_path;
 };
 
-// Removes the temporary file if there is one. May be called from a signal handler.
-void RemoveTemporary();
+// Removes the temporary file if there is one, at the end of the process: one that another thread
+// makes at the same time goes as well. May be called from a signal handler.
+void RemoveTemporaryForGood();
 
 }  // namespace qztools

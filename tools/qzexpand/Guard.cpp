@@ -28,7 +28,7 @@ struct sigaction s_oldFaultAction {};
 
 [[noreturn]] void Stop(const Bound& bound, long amount, const void* low) {
     WriteStopReport(*s_session, bound, amount, low, s_stack->High());
-    RemoveTemporary();
+    RemoveTemporaryForGood();
     ::_exit(1);
 }
 
@@ -53,9 +53,12 @@ void OnTime(int) {
     ::pthread_kill(s_thread, SIGALRM);  // another thread was interrupted: this is for the right one
 }
 
+// Whatever else arrives meanwhile, such as the same signal from the terminal and from a process
+// that has started this one, has to wait until the file has been removed.
 void OnEnd(int signal) {
-    RemoveTemporary();
-    ::raise(signal);  // the handler is gone by now, so that the process ends
+    RemoveTemporaryForGood();
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);  // ends the process as soon as the handler returns
 }
 
 // Faults find the stack at its end, so they are handled on another one.
@@ -76,13 +79,15 @@ void CatchTime() {
 }  // namespace
 
 void CatchEndingSignals() {
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU}) {
+    for (const int signal : s_endingSignals) {
         struct sigaction action {};
         ::sigaction(signal, nullptr, &action);
         if (action.sa_handler == SIG_IGN)  // as under nohup
             continue;
         action.sa_handler = OnEnd;
-        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER | SA_ONSTACK;
+        action.sa_flags = SA_ONSTACK;
+        for (const int other : s_endingSignals)
+            ::sigaddset(&action.sa_mask, other);
         ::sigaction(signal, &action, nullptr);
     }
 }

@@ -6,6 +6,7 @@
 // runs into one ends the process with a report that says where the expansion stood.
 #pragma once
 
+#include <csignal>
 #include <functional>
 
 #include "Session.h"
@@ -15,6 +16,9 @@ namespace qztools {
 // Runs the action on a thread with a stack of its own, under the limits that the options set, and
 // returns its result. One call at a time. Throws Fault.
 int RunWithinLimits(const Session& session, const std::function<int()>& action);
+
+// The signals by which a user or the system ends a process.
+inline constexpr int s_endingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU};
 
 // Sees to it that the signals that end a process remove the temporary file first. To be called
 // again when something else may have taken the signals over.

@@ -6,23 +6,27 @@
 #include <optional>
 #include <string_view>
 
-#include <getopt.h>
-
+#include "Arguments.h"
 #include "common/Views.h"
 #include "qzUtils/StringExt.h"
 
 namespace qztools {
 
 const char s_usage[] = "usage: qzexpand [OPTION]... [FILE]\n"
+                       "       qzexpand [OPTION]... -o FOLDER FILE...\n"
                        "       qzexpand [OPTION]... --eval EXPRESSION\n"
                        "Try 'qzexpand --help' for more.\n";
 
 const char s_help[] =
     "usage: qzexpand [OPTION]... [FILE]\n"
+    "       qzexpand [OPTION]... -o FOLDER FILE...\n"
     "       qzexpand [OPTION]... --eval EXPRESSION\n"
     "Expands the macros and directives in FILE, or in standard input (also -).\n"
     "\n"
     "  -o FILE               write to FILE, whole or not at all\n"
+    "  -o FOLDER             write each of several files to FOLDER, without its .qz\n"
+    "  -j N                  expand N files at once (as many as there are cores)\n"
+    "  @FILE                 take arguments from FILE\n"
     "  -D NAME=VALUE         define a macro without arguments\n"
     "  -D TYPE:NAME=VALUE    define a value of type bool, int, double, char or string\n"
     "  -D '$NAME=VALUE'      define a dollar macro\n"
@@ -175,14 +179,6 @@ constexpr Word<bool> s_backtraceWords[] = {
     {"all",   true },
 };
 
-// An option by its letter, its long name, or both. argument is null where there is none.
-struct OptionRow {
-    char letter;       // 0 where there is none
-    const char* name;  // null where there is none
-    int hasArgument;   // as getopt has it: no_argument, required_argument or optional_argument
-    void (*apply)(Options& options, const char* argument);
-};
-
 // clang-format off
 constexpr OptionRow s_options[] = {
     {'o', nullptr, true,
@@ -191,6 +187,8 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.definitions.push_back(ParseDefinition(s)); }},
     {'I', nullptr, true,
      [](Options& o, const char* s) { o.importFolders.emplace_back(s); }},
+    {'j', nullptr, true,
+     [](Options& o, const char* s) { o.jobs = ParseLimit("-j", 1, s); }},
     {0, "always-write", false,
      [](Options& o, const char*) { o.alwaysWrite = true; }},
     {0, "backtrace", true,
@@ -224,91 +222,58 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.timeLimit = ParseLimit("--time-limit", 0, s); }},
     {0, "version", false,
      [](Options& o, const char*) { o.action = Options::Action::Version; }},
-    {0, "warn-unknown", optional_argument,
+    {0, "warn-unknown", s_optionalArgument,
      [](Options& o, const char* s) {
          o.unknownNames = ParseWord("--warn-unknown", s_warnUnknownWords,
                                     s == nullptr ? "warning" : s); }},
 };
 // clang-format on
 
-// The table in the form of getopt_long. It returns s_firstOption + the index of the row.
-constexpr int s_firstOption = 256;
-
-class GetoptTables {
-public:
-    GetoptTables() {
-        for (int i = 0; i < std::ssize(s_options); ++i) {
-            const OptionRow& row = s_options[i];
-            if (row.letter != 0)
-                m_letters += row.letter;
-            if (row.letter != 0 && row.hasArgument == required_argument)
-                m_letters += ':';
-            if (row.name != nullptr)
-                m_names.push_back({row.name, row.hasArgument, nullptr, s_firstOption + i});
-        }
-        m_names.push_back({});
-    }
-
-    int Next(int argc, char** argv) const {
-        return ::getopt_long(argc, argv, m_letters.c_str(), m_names.data(), nullptr);
-    }
-
-private:
-    std::string m_letters = ":";  // a missing argument is told apart from an unknown option
-    std::vector<option> m_names;
-};
-
-// The row that getopt_long has found, null for a wrong call.
-const OptionRow* FindRow(int found) {
-    if (found >= s_firstOption)
-        return &s_options[found - s_firstOption];
-    const auto row = std::find_if(std::begin(s_options), std::end(s_options),
-                                  [found](const OptionRow& r) { return r.letter == found; });
-    return row == std::end(s_options) ? nullptr : row;
-}
-
-// argv[optind - 1] is the last argument that was read.
-[[noreturn]] void ThrowBadOption(int found, char** argv) {
-    const bool isShort = optopt > 0 && optopt < s_firstOption;
-    const std::string name =
-        isShort ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
-    throw UsageError(found == ':' ? name + " needs an argument" : "unknown option " + name);
-}
-
-// What options ask for together.
-void CheckTogether(const Options& options) {
-    if (options.check && options.output == "-")
-        throw UsageError("--check needs -o FILE");
-    if (!options.depfile)
+// Several files, or one for a folder, have their outputs in a folder.
+void TakeFiles(const std::vector<std::string>& files, Options& options) {
+    if (files.empty())
         return;
+    if (options.action == Options::Action::Evaluate)
+        throw UsageError("--eval takes no file: " + files.front());
+    if (files.size() > 1 && options.output == "-")
+        throw UsageError("more than one file without -o FOLDER: " + files[1]);
+    if (files.size() > 1 || options.output.ends_with('/'))
+        options.inputs = files;
+    else
+        options.input = files.front();
+}
+
+void CheckDepfile(const Options& options) {
+    if (!options.inputs.empty()) {
+        if (options.depfileTarget)
+            throw UsageError("--depfile-target is for one file");
+        return;
+    }
     if (options.output == "-" && !options.depfileTarget)
         throw UsageError("--depfile needs -o FILE or --depfile-target NAME");
     if (options.depfile == options.output)
         throw UsageError("--depfile and -o name one file: " + options.output);
 }
 
+// What options ask for together.
+void CheckTogether(const Options& options) {
+    if (options.check && options.output == "-")
+        throw UsageError("--check needs -o FILE");
+    if (options.depfile)
+        CheckDepfile(options);
+}
+
 }  // namespace
 
 void ParseCommandLine(int argc, char** argv, Options& options) {
-    opterr = 0;  // the messages are made here
-    const GetoptTables tables;
-    int found = 0;
-    while ((found = tables.Next(argc, argv)) != -1) {
-        const OptionRow* row = FindRow(found);
-        if (row == nullptr)
-            ThrowBadOption(found, argv);
-        row->apply(options, optarg);
-        if (options.action == Options::Action::Help || options.action == Options::Action::Version)
-            return;
-    }
-    CheckTogether(options);
-    if (optind == argc)
+    Arguments arguments(s_options, options);
+    for (int i = 1; i < argc; ++i)
+        arguments.Take(argv[i]);
+    if (options.action == Options::Action::Help || options.action == Options::Action::Version)
         return;
-    if (options.action == Options::Action::Evaluate)
-        throw UsageError(std::string("--eval takes no file: ") + argv[optind]);
-    if (argc - optind > 1)
-        throw UsageError(std::string("more than one file: ") + argv[optind + 1]);
-    options.input = argv[optind];
+    arguments.End();
+    TakeFiles(arguments.Files(), options);
+    CheckTogether(options);
 }
 
 }  // namespace qztools

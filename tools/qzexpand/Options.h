@@ -33,7 +33,9 @@ struct Options {
     Action action = Action::Expand;
     std::string input = "-";
     std::string output = "-";
-    std::string expression;  // for Evaluate
+    std::vector<std::string> inputs;  // each into the folder output; none: the one input
+    long jobs = 0;                    // of the inputs, at once; 0: as many as there are cores
+    std::string expression;           // for Evaluate
     std::optional<std::string> depfile;
     std::optional<std::string> depfileTarget;  // the output where it is missing
     bool check = false;                        // compare the output and write nothing

@@ -1,9 +1,12 @@
 // qzexpand: expands the macro language in a file or in standard input.
 
 #include <csignal>
+#include <cstdlib>
 
 #include "Report.h"
 #include "Run.h"
+#include "Several.h"
+#include "common/Fault.h"
 
 int main(int argc, char** argv) {
     using namespace qztools;
@@ -20,11 +23,16 @@ int main(int argc, char** argv) {
             return Show("qzexpand " QZEXPAND_VERSION "\n");
         case Options::Action::Expand:
         case Options::Action::Evaluate:
-            return Run(options);
+            ::clearenv();  // so that nothing of it can show in an output: Python reads a lot
+            return options.inputs.empty() ? Run(options) : RunSeveral(options);
         }
     } catch (const UsageError& e) {
         SetReportStyle(options.reportStyle, takesColor);
         ReportWrongCall(e.what());
+        return 2;
+    } catch (const Fault& e) {
+        SetReportStyle(options.reportStyle, takesColor);
+        ReportFault(e.what());
     }
-    return 2;
+    return 1;
 }
