@@ -37,6 +37,7 @@ const char s_help[] =
     "  --always-write        write files also where their bytes stay the same\n"
     "  --imports=inline      put the expansions of imported files where the directives stand\n"
     "  --imports=keep        leave @import directives in the output (drop: take them out)\n"
+    "  --newline=lf, crlf    write these line ends (keep: those of FILE)\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
     "  --stack-limit MIB     the stack for nested macros (8)\n"
@@ -146,6 +147,12 @@ constexpr Word<Imports> s_importsWords[] = {
     {"inline", Imports::Inline},
 };
 
+constexpr Word<Newlines> s_newlineWords[] = {
+    {"keep", Newlines::Keep},
+    {"lf",   Newlines::Lf  },
+    {"crlf", Newlines::CrLf},
+};
+
 template <class Value, std::size_t Size>
 Value ParseWord(const char* option, const Word<Value> (&words)[Size], std::string_view text) {
     std::string choice;
@@ -214,6 +221,8 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.imports = ParseWord("--imports", s_importsWords, s); }},
     {0, "memory-limit", true,
      [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--memory-limit", 0, s); }},
+    {0, "newline", true,
+     [](Options& o, const char* s) { o.newlines = ParseWord("--newline", s_newlineWords, s); }},
     {0, "python", false,
      [](Options& o, const char*) { o.allowPython = true; }},
     {0, "stack-limit", true,

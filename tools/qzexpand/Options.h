@@ -27,6 +27,9 @@ enum class Imports { Drop, Keep, Inline };
 // What happens to an @name that is neither a directive nor a variable.
 enum class Unknown { Keep, Warn, Refuse };
 
+// How line ends are read and written: see Newlines.h.
+enum class Newlines { Keep, Lf, CrLf };
+
 struct Options {
     enum class Action { Expand, Evaluate, Help, Version };
 
@@ -43,6 +46,7 @@ struct Options {
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
     Imports imports = Imports::Drop;
+    Newlines newlines = Newlines::Keep;
     bool allowPython = false;
 
     // The bounds of the run; 0 is none.

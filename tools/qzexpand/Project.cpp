@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 
+#include "Newlines.h"
 #include "common/Fault.h"
 #include "common/Views.h"
 #include "qzUtils/FilePath.h"
@@ -52,9 +53,15 @@ Expansion Project::Expand() {
 }
 
 // importedAt is where the file is imported, null for the input.
-Expansion Project::ExpandFile(File file, const char* importedAt, VarFrame* vf) {
+const SourceText& Project::AddText(File& file, const char* importedAt) {
     const std::string name = file.path.empty() ? "<stdin>" : file.path;
-    const SourceText& text = m_session.texts.Add(name, std::move(file.text), importedAt);
+    SourceText text{VisibleName(name), std::move(file.text), importedAt};
+    ReadLineEnds(text, m_session.options.newlines);
+    return m_session.texts.Add(std::move(text));
+}
+
+Expansion Project::ExpandFile(File file, const char* importedAt, VarFrame* vf) {
+    const SourceText& text = AddText(file, importedAt);
     Expansion expansion;
     Sink sink(IsTextUsed(m_open.size()) ? &expansion.text : nullptr);
     xostream os(sink);

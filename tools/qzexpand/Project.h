@@ -56,6 +56,7 @@ private:
     std::vector<std::string> Candidates(const std::string& path) const;
     std::string RelativeToOpenFile(const std::string& path) const;
     void RefuseCycle(const File& file, const char* errorpos) const;
+    const SourceText& AddText(File& file, const char* importedAt);
     Expansion ExpandFile(File file, const char* importedAt, vorn::VarFrame* vf);
     bool IsTextUsed(std::size_t depth) const;
 

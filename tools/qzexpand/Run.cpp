@@ -10,6 +10,7 @@
 #include "Depfile.h"
 #include "Expressions.h"
 #include "Guard.h"
+#include "Newlines.h"
 #include "Project.h"
 #include "PythonRun.h"
 #include "Report.h"
@@ -26,29 +27,37 @@ namespace {
 constexpr int s_statusError = 1;
 constexpr int s_statusDiffers = 1;  // of --check
 
-xstring Evaluate(Session& session) {
+Expansion Evaluate(Session& session) {
     const std::string& text = session.options.expression;
     const SourceText& source = session.texts.Add("<--eval>", xstring(ToSubString(text)));
     session.texts.SetCurrent(source);
-    xstring result = EvaluateAsText(session.frame, source);
-    result += '\n';
+    Expansion result;
+    result.text = EvaluateAsText(session.frame, source);
+    result.text += '\n';
+    result.pieces.push_back({source.text, result.text.size()});
     return result;
 }
 
-// What is evaluated has no pieces.
 Expansion MakeResult(Session& session) {
     const PythonRun python(session.options.allowPython);
     for (const Definition& definition : session.options.definitions)
         Define(session, definition);
     if (session.options.action == Options::Action::Evaluate)
-        return {Evaluate(session), {}};
+        return Evaluate(session);
     return Project(session).Expand();
 }
 
+// The bytes of the output, with their pieces where those are asked for.
+Written MakeOutput(Session& session, bool withPieces) {
+    Expansion result = MakeResult(session);
+    const LineEnds lineEnds = ChooseLineEnds(*session.texts.Current(), session.options.newlines);
+    return WriteLineEnds(std::move(result), session.texts, lineEnds, withPieces);
+}
+
 // For --check, whose output is the difference alone.
-Expansion MakeResultSilently(Session& session) {
+Written MakeOutputSilently(Session& session) {
     const MutedOutput muted;
-    return MakeResult(session);
+    return MakeOutput(session, /*withPieces=*/false);
 }
 
 // What the text has printed on its way counts as output: its loss is a failure.
@@ -64,24 +73,24 @@ void Put(const Options& options, const std::string& path, SubString bytes) {
 }
 
 // The output comes last: a build engine that finds it new finds all that belongs to it as well.
-void WriteFiles(const Session& session, const Expansion& result) {
+void WriteFiles(const Session& session, const Written& output) {
     const Options& options = session.options;
     if (options.depfile)
         Put(options, *options.depfile,
             ToSubString(FormatDepfile(options.depfileTarget.value_or(options.output), options.input,
                                       session.filesRead)));
-    Put(options, options.output, result.text);
+    Put(options, options.output, output.bytes);
 }
 
 // Returns the exit status.
 int Produce(Session& session) {
     if (session.options.check) {
-        const Expansion result = MakeResultSilently(session);
-        return CheckFile(session.options.output, result.text) ? 0 : s_statusDiffers;
+        const Written output = MakeOutputSilently(session);
+        return CheckFile(session.options.output, output.bytes) ? 0 : s_statusDiffers;
     }
-    const Expansion result = MakeResult(session);
+    const Written output = MakeOutput(session, /*withPieces=*/false);
     CheckPrinted();
-    WriteFiles(session, result);
+    WriteFiles(session, output);
     return 0;
 }
 

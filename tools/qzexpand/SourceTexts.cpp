@@ -4,6 +4,17 @@
 
 namespace qztools {
 
+using vorn::ssize_t;
+
+ssize_t SourceText::OffsetOf(const char* pos) const {
+    const ssize_t offset = pos - text.data();
+    return offset + (std::lower_bound(lineEnds.begin(), lineEnds.end(), offset) - lineEnds.begin());
+}
+
+bool SourceText::IsCrLf(const char* pos) const {
+    return std::binary_search(lineEnds.begin(), lineEnds.end(), pos - text.data());
+}
+
 const SourceText* SourceTexts::Find(const char* pos) const {
     for (const bool withEnd : {false, true}) {
         const auto found =

@@ -4,6 +4,8 @@
 #include <forward_list>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "common/Visible.h"
 #include "qzUtils/SubString.h"
@@ -15,6 +17,11 @@ struct SourceText {
     vorn::xstring text;
     const char* importedAt;  // a place in the importing text; null where nothing imports it
 
+    // Where line ends CR LF have become LF: the bytes as they were, and the offsets of these line
+    // feeds in the text, rising.
+    vorn::xstring original{};
+    std::vector<vorn::ssize_t> lineEnds{};
+
     // Whether an address lies in the text. An error at the end of a text lies one past its last
     // byte, which counts where the end is asked for.
     bool Holds(const char* pos, bool withEnd) const {
@@ -23,6 +30,16 @@ struct SourceText {
         return pos != nullptr && !before(pos, text.data())
                && (before(pos, end) || (withEnd && pos == end));
     }
+
+    // The exact bytes that were read.
+    vorn::SubString Bytes() const { return lineEnds.empty() ? text : original; }
+
+    // The offset in these bytes of what stands at an address in the text, or of its end; of a line
+    // end CR LF, that of the CR. Takes logarithmic time.
+    vorn::ssize_t OffsetOf(const char* pos) const;
+
+    // Whether an address in the text is that of a line feed that was CR LF.
+    bool IsCrLf(const char* pos) const;
 };
 
 // The texts stay where they are, unchanged, until the end of the run: macros, positions and
@@ -31,8 +48,9 @@ class SourceTexts {
 public:
     const SourceText& Add(const std::string& name, vorn::xstring text,
                           const char* importedAt = nullptr) {
-        return m_texts.emplace_front(SourceText{VisibleName(name), std::move(text), importedAt});
+        return Add(SourceText{VisibleName(name), std::move(text), importedAt});
     }
+    const SourceText& Add(SourceText text) { return m_texts.emplace_front(std::move(text)); }
 
     // The text in which an address lies, or null. The address is compared and not followed.
     const SourceText* Find(const char* pos) const;
