@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 #include <nettle/base64.h>
 #include <nettle/sha2.h>
 #include <nlohmann/json.hpp>
 
 #include "common/Fault.h"
+#include "common/Json.h"
+#include "common/Vlq.h"
 
 namespace qztools {
 
@@ -71,17 +72,8 @@ constexpr std::string_view s_format = "qzmap";
 constexpr int s_version = 1;
 constexpr std::size_t s_lineWidth = 90;  // at which the pieces go on in a new line
 
-// A text as a string of JSON; none where it is no UTF-8.
-std::optional<std::string> Quote(const std::string& s) {
-    try {
-        return json(s).dump();
-    } catch (const json::type_error&) {
-        return std::nullopt;
-    }
-}
-
 std::string QuoteName(const std::string& name) {
-    std::optional<std::string> quoted = Quote(name);
+    std::optional<std::string> quoted = QuoteJson(name);
     if (!quoted)
         throw Fault(name + ": a map cannot hold this name, which is no UTF-8");
     return *quoted;
@@ -95,26 +87,15 @@ std::string FormatFile(const std::string& name, std::int64_t size, const std::st
 std::string FormatSource(const MapSource& source) {
     if (!source.text)
         return FormatFile(source.name, source.size, source.hash);
-    const std::optional<std::string> text = Quote(*source.text);
+    const std::optional<std::string> text = QuoteJson(*source.text);
     return "{\"name\": " + QuoteName(source.name)
            + (text ? ", \"text\": " + *text : ", \"base64\": \"" + EncodeBase64(*source.text) + '"')
            + '}';
 }
 
-void AppendNumber(std::string& out, std::int64_t number) {
-    std::array<char, 24> digits;
-    const auto [end, error] = std::to_chars(digits.begin(), digits.end(), number);
-    out.append(digits.begin(), end);
-}
-
 void AppendNumbers(std::string& out, std::initializer_list<std::int64_t> numbers) {
-    char before = '[';
-    for (const std::int64_t number : numbers) {
-        out += before;
-        AppendNumber(out, number);
-        before = ',';
-    }
-    out += ']';
+    for (const std::int64_t number : numbers)
+        AppendVlq(out, number);
 }
 
 // last is where the piece before that came from the same source has ended.
@@ -135,17 +116,18 @@ void AppendPiece(std::string& out, const MapPiece& piece, std::vector<std::int64
 void AppendPieces(std::string& out, const Map& map) {
     std::vector<std::int64_t> last(map.sources.size());
     std::size_t lineStart = out.rfind('\n') + 1;
-    bool isFirst = true;
+    const char* before = "\"";
     for (const MapPiece& piece : map.pieces) {
-        if (!isFirst)
-            out += ',';
         if (out.size() - lineStart > s_lineWidth) {
-            out += '\n';
+            before = "\",\n\"";
             lineStart = out.size();
         }
+        out += before;
         AppendPiece(out, piece, last);
-        isFirst = false;
+        before = ",";
     }
+    if (!map.pieces.empty())
+        out += '"';
 }
 
 }  // namespace
@@ -254,7 +236,7 @@ private:
 namespace {
 
 // The parts of a map that hold fields or elements.
-enum class Part { Outside, Map, Output, Sources, Source, Pieces, Piece };
+enum class Part { Outside, Map, Output, Sources, Source, Pieces };
 
 enum class Type { String, Number, Object, Array };
 
@@ -313,15 +295,15 @@ public:
     }
 
     bool number_integer(std::int64_t value) override {
-        if (m_part == Part::Piece)
-            TakePieceNumber(value);
-        else
-            TakeNumber(Expect(Type::Number).name, value);
+        TakeNumber(Expect(Type::Number).name, value);
         return true;
     }
 
     bool string(std::string& value) override {
-        TakeString(Expect(Type::String).name, value);
+        if (m_part == Part::Pieces)
+            TakeRecords(value);
+        else
+            TakeString(Expect(Type::String).name, value);
         return true;
     }
 
@@ -336,10 +318,7 @@ public:
     }
 
     bool start_array(std::size_t) override {
-        if (m_part == Part::Pieces)
-            Enter(Part::Piece);
-        else
-            Enter(Expect(Type::Array).inside);
+        Enter(Expect(Type::Array).inside);
         return true;
     }
 
@@ -369,7 +348,7 @@ public:
     }
 
     bool end_array() override {
-        Leave(m_part == Part::Piece ? Part::Pieces : Part::Map);
+        Leave(Part::Map);
         return true;
     }
 
@@ -387,10 +366,8 @@ private:
     }
 
     [[noreturn]] void RefuseValue() const {
-        if (m_part == Part::Piece)
-            RefusePiece(m_records.size() - 1, "is no list of whole numbers");
         if (m_part == Part::Pieces)
-            RefusePiece(m_records.size(), "is no list of whole numbers");
+            Refuse("the pieces are not strings alone");
         if (m_part == Part::Sources)
             Refuse("source " + std::to_string(m_map.sources.size()) + " is no object");
         if (m_field == nullptr)
@@ -413,8 +390,6 @@ private:
         m_isBegun = true;
         if (part == Part::Source)
             m_map.sources.emplace_back();
-        if (part == Part::Piece)
-            m_records.emplace_back();
     }
 
     // The fields of an object that has been left may come again, in the next source.
@@ -425,11 +400,27 @@ private:
         m_part = outer;
     }
 
-    void TakePieceNumber(std::int64_t value) {
-        Record& record = m_records.back();
-        if (record.count == record.numbers.size())
-            RefusePiece(m_records.size() - 1, "has more than four numbers");
-        record.numbers[record.count++] = value;
+    void TakeRecords(std::string_view text) {
+        while (true) {
+            TakeRecord(text);
+            if (text.empty())
+                return;
+            text.remove_prefix(1);
+        }
+    }
+
+    // Takes a record off the start of text, up to the comma behind it.
+    void TakeRecord(std::string_view& text) {
+        Record record;
+        while (!text.empty() && text.front() != ',') {
+            const std::optional<std::int64_t> number = ReadVlq(text);
+            if (!number)
+                RefusePiece(m_records.size(), "is no record of numbers");
+            if (record.count == record.numbers.size())
+                RefusePiece(m_records.size(), "has more than four numbers");
+            record.numbers[record.count++] = *number;
+        }
+        m_records.push_back(record);
     }
 
     void TakeNumber(std::string_view name, std::int64_t value) {

@@ -38,6 +38,9 @@ const char s_help[] =
     "  --imports=inline      put the expansions of imported files where the directives stand\n"
     "  --imports=keep        leave @import directives in the output (drop: take them out)\n"
     "  --newline=lf, crlf    write these line ends (keep: those of FILE)\n"
+    "  --map FILE            write to FILE where each byte of the output came from\n"
+    "  --map-format=v3       as a Source Map, revision 3 (qzmap)\n"
+    "  --line-markers        put #line directives into the output\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
     "  --stack-limit MIB     the stack for nested macros (8)\n"
@@ -165,6 +168,11 @@ Value ParseWord(const char* option, const Word<Value> (&words)[Size], std::strin
     throw UsageError(std::string(option) + " is " + choice + ": " + std::string(text));
 }
 
+constexpr Word<MapFormat> s_mapFormatWords[] = {
+    {"qzmap", MapFormat::QzMap},
+    {"v3",    MapFormat::V3   },
+};
+
 constexpr Word<std::optional<bool>> s_colorWords[] = {
     {"auto",   {}   },
     {"always", true },
@@ -219,6 +227,12 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char*) { o.action = Options::Action::Help; }},
     {0, "imports", true,
      [](Options& o, const char* s) { o.imports = ParseWord("--imports", s_importsWords, s); }},
+    {0, "line-markers", false,
+     [](Options& o, const char*) { o.lineMarkers = true; }},
+    {0, "map", true,
+     [](Options& o, const char* s) { o.map = s; }},
+    {0, "map-format", true,
+     [](Options& o, const char* s) { o.mapFormat = ParseWord("--map-format", s_mapFormatWords, s); }},
     {0, "memory-limit", true,
      [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--memory-limit", 0, s); }},
     {0, "newline", true,
@@ -264,12 +278,22 @@ void CheckDepfile(const Options& options) {
         throw UsageError("--depfile and -o name one file: " + options.output);
 }
 
+void CheckMap(const Options& options) {
+    if (options.mapFormat != MapFormat::QzMap && !options.map)
+        throw UsageError("--map-format needs --map FILE");
+    if (options.map && options.map == options.output)
+        throw UsageError("--map and -o name one file: " + *options.map);
+    if (options.map && options.map == options.depfile)
+        throw UsageError("--map and --depfile name one file: " + *options.map);
+}
+
 // What options ask for together.
 void CheckTogether(const Options& options) {
     if (options.check && options.output == "-")
         throw UsageError("--check needs -o FILE");
     if (options.depfile)
         CheckDepfile(options);
+    CheckMap(options);
 }
 
 }  // namespace

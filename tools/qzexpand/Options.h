@@ -30,6 +30,8 @@ enum class Unknown { Keep, Warn, Refuse };
 // How line ends are read and written: see Newlines.h.
 enum class Newlines { Keep, Lf, CrLf };
 
+enum class MapFormat { QzMap, V3 };
+
 struct Options {
     enum class Action { Expand, Evaluate, Help, Version };
 
@@ -43,6 +45,9 @@ struct Options {
     std::optional<std::string> depfileTarget;  // the output where it is missing
     bool check = false;                        // compare the output and write nothing
     bool alwaysWrite = false;                  // also where the bytes stay the same
+    std::optional<std::string> map;
+    MapFormat mapFormat = MapFormat::QzMap;
+    bool lineMarkers = false;
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
     Imports imports = Imports::Drop;

@@ -55,7 +55,7 @@ Expansion Project::Expand() {
 // importedAt is where the file is imported, null for the input.
 const SourceText& Project::AddText(File& file, const char* importedAt) {
     const std::string name = file.path.empty() ? "<stdin>" : file.path;
-    SourceText text{VisibleName(name), std::move(file.text), importedAt};
+    SourceText text{VisibleName(name), std::move(file.text), importedAt, file.path};
     ReadLineEnds(text, m_session.options.newlines);
     return m_session.texts.Add(std::move(text));
 }

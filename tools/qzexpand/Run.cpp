@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <new>
+#include <optional>
+#include <string>
 
 #include <unistd.h>
 
@@ -10,6 +12,8 @@
 #include "Depfile.h"
 #include "Expressions.h"
 #include "Guard.h"
+#include "LineMarkers.h"
+#include "MapFile.h"
 #include "Newlines.h"
 #include "Project.h"
 #include "PythonRun.h"
@@ -47,17 +51,40 @@ Expansion MakeResult(Session& session) {
     return Project(session).Expand();
 }
 
-// The bytes of the output, with their pieces where those are asked for.
-Written MakeOutput(Session& session, bool withPieces) {
+// What a run makes.
+struct Products {
+    xstring output;
+    std::optional<std::string> map;
+};
+
+Products Trace(const Session& session, Written written) {
+    const Options& options = session.options;
+    const MapSources sources(session.texts);
+    MappedText mapped = MapPieces(std::move(written), sources);
+    if (options.lineMarkers)
+        mapped = InsertLineMarkers(mapped, sources);
+    std::optional<std::string> map;
+    if (options.map)
+        map = FormatMapFile(options, mapped, sources);
+    return {std::move(mapped.text), std::move(map)};
+}
+
+Products MakeProducts(Session& session) {
+    const bool isTraced = session.options.map || session.options.lineMarkers;
+    if (isTraced)
+        session.frame.m_textOrigins = &session.origins;
     Expansion result = MakeResult(session);
     const LineEnds lineEnds = ChooseLineEnds(*session.texts.Current(), session.options.newlines);
-    return WriteLineEnds(std::move(result), session.texts, lineEnds, withPieces);
+    if (!isTraced)
+        return {WriteLineEnds(std::move(result), session.texts, lineEnds, false).bytes, {}};
+    Expansion followed = FollowOrigins(std::move(result), session.origins);
+    return Trace(session, WriteLineEnds(std::move(followed), session.texts, lineEnds, true));
 }
 
 // For --check, whose output is the difference alone.
-Written MakeOutputSilently(Session& session) {
+Products MakeProductsSilently(Session& session) {
     const MutedOutput muted;
-    return MakeOutput(session, /*withPieces=*/false);
+    return MakeProducts(session);
 }
 
 // What the text has printed on its way counts as output: its loss is a failure.
@@ -73,24 +100,26 @@ void Put(const Options& options, const std::string& path, SubString bytes) {
 }
 
 // The output comes last: a build engine that finds it new finds all that belongs to it as well.
-void WriteFiles(const Session& session, const Written& output) {
+void WriteFiles(const Session& session, const Products& products) {
     const Options& options = session.options;
     if (options.depfile)
         Put(options, *options.depfile,
             ToSubString(FormatDepfile(options.depfileTarget.value_or(options.output), options.input,
                                       session.filesRead)));
-    Put(options, options.output, output.bytes);
+    if (options.map)
+        Put(options, *options.map, ToSubString(*products.map));
+    Put(options, options.output, products.output);
 }
 
 // Returns the exit status.
 int Produce(Session& session) {
     if (session.options.check) {
-        const Written output = MakeOutputSilently(session);
-        return CheckFile(session.options.output, output.bytes) ? 0 : s_statusDiffers;
+        const Products products = MakeProductsSilently(session);
+        return CheckFile(session.options.output, products.output) ? 0 : s_statusDiffers;
     }
-    const Written output = MakeOutput(session, /*withPieces=*/false);
+    const Products products = MakeProducts(session);
     CheckPrinted();
-    WriteFiles(session, output);
+    WriteFiles(session, products);
     return 0;
 }
 

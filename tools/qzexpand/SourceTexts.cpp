@@ -15,6 +15,14 @@ bool SourceText::IsCrLf(const char* pos) const {
     return std::binary_search(lineEnds.begin(), lineEnds.end(), pos - text.data());
 }
 
+std::vector<const SourceText*> SourceTexts::InOrder() const {
+    std::vector<const SourceText*> texts;
+    for (const SourceText& text : m_texts)
+        texts.push_back(&text);
+    std::reverse(texts.begin(), texts.end());
+    return texts;
+}
+
 const SourceText* SourceTexts::Find(const char* pos) const {
     for (const bool withEnd : {false, true}) {
         const auto found =

@@ -16,6 +16,7 @@ struct SourceText {
     std::string name;  // in reports, in its visible form: a path, <stdin>, <-D NAME>
     vorn::xstring text;
     const char* importedAt;  // a place in the importing text; null where nothing imports it
+    std::string path;        // of a file, as it was opened; empty for other texts
 
     // Where line ends CR LF have become LF: the bytes as they were, and the offsets of these line
     // feeds in the text, rising.
@@ -48,9 +49,12 @@ class SourceTexts {
 public:
     const SourceText& Add(const std::string& name, vorn::xstring text,
                           const char* importedAt = nullptr) {
-        return Add(SourceText{VisibleName(name), std::move(text), importedAt});
+        return Add(SourceText{VisibleName(name), std::move(text), importedAt, {}});
     }
     const SourceText& Add(SourceText text) { return m_texts.emplace_front(std::move(text)); }
+
+    // All of them, in the order in which they were added.
+    std::vector<const SourceText*> InOrder() const;
 
     // The text in which an address lies, or null. The address is compared and not followed.
     const SourceText* Find(const char* pos) const;
