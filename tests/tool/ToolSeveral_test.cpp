@@ -74,6 +74,22 @@ TEST_F(ToolSeveral, HaveADepfileEach) {
     EXPECT_EQ(OutputNames(), (Names{"a", "a.d", "b", "b.d"}));
 }
 
+// The map of each is the one that it gets alone.
+TEST_F(ToolSeveral, HaveAMapEach) {
+    Write("a.qz", "@def m = x\nm");
+    Write("b.qz", "b");
+    fs::create_directory(PathOf("alone"));
+    EXPECT_EQ(Run({"-o", "out", "--map", "out", "a.qz", "b.qz"}), (Result{0, "", ""}));
+    EXPECT_EQ(OutputNames(), (Names{"a", "a.map", "b", "b.map"}));
+    EXPECT_EQ(Run({"-o", "alone/a", "--map", "alone/a.map", "a.qz"}), (Result{0, "", ""}));
+    EXPECT_EQ(Read("out/a.map"), Read("alone/a.map"));
+    Write("a.map.qz", "a");
+    EXPECT_EQ(Run({"-o", "out", "--map", "out", "a.qz", "a.map.qz"}),
+              WrongCall("a.qz and a.map.qz would both write out/a.map"));
+    EXPECT_EQ(Run({"-o", "out", "--map", "nosuch", "a.qz", "b.qz"}),
+              Failure("nosuch: No such file or directory"));
+}
+
 TEST_F(ToolSeveral, AreRefusedWhereTheirOutputsWouldMeet) {
     for (const char* name : {"a.qz", "a", "x/a.qz", "a.d.qz", ".qz"})
         Write(name, "text");

@@ -39,6 +39,8 @@ Options OptionsOf(const Options& all, const std::string& input) {
     options.output = InFolder(all.output, name);
     if (all.depfile)
         options.depfile = InFolder(*all.depfile, name + ".d");
+    if (all.map)
+        options.map = InFolder(*all.map, name + ".map");
     return options;
 }
 
@@ -46,6 +48,8 @@ std::vector<std::string> FilesWrittenBy(const Options& options) {
     std::vector<std::string> files = {options.output};
     if (options.depfile)
         files.push_back(*options.depfile);
+    if (options.map)
+        files.push_back(*options.map);
     return files;
 }
 
@@ -97,6 +101,8 @@ std::vector<Options> OptionsOfEachInput(const Options& options) {
     RequireFolder(options.output);
     if (options.depfile)
         RequireFolder(*options.depfile);
+    if (options.map)
+        RequireFolder(*options.map);
     KeepInputs(each);
     return each;
 }

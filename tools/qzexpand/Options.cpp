@@ -281,6 +281,8 @@ void CheckDepfile(const Options& options) {
 void CheckMap(const Options& options) {
     if (options.mapFormat != MapFormat::QzMap && !options.map)
         throw UsageError("--map-format needs --map FILE");
+    if (!options.inputs.empty())
+        return;
     if (options.map && options.map == options.output)
         throw UsageError("--map and -o name one file: " + *options.map);
     if (options.map && options.map == options.depfile)
