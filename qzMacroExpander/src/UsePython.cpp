@@ -5,8 +5,11 @@
 #include <dlfcn.h>
 #include <signal.h>
 
+#include <cstring>
+#include <filesystem>
 #include <functional>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "ScannerErrors.h"
@@ -130,12 +133,28 @@ private:
     struct sigaction m_action;
 };
 
+// Python looks for its modules from the folder of its program on. Without a program it would begin
+// in the working directory and could take up what lies there. The library that holds it lies where
+// the program would, as far as that search goes. A host may have said better.
+void NameProgram() {
+    static std::string name;  // Python keeps the address
+    Dl_info info;
+    if (std::strchr(Py_GetProgramName(), '/') != nullptr
+        || dladdr(reinterpret_cast<void*>(&Py_Initialize), &info) == 0)
+        return;
+    std::error_code error;
+    name = std::filesystem::canonical(info.dli_fname, error).string();
+    if (!error)
+        Py_SetProgramName(name.data());
+}
+
 // What signals do stays as the host has it: an interrupt ends the process at once, if it did so
 // before, instead of waiting for a script to notice it.
 void InitialiseInterpreter() {
     const SignalKeeper interrupt(SIGINT);
     const SignalKeeper brokenPipe(SIGPIPE);
     const SignalKeeper fileTooLarge(SIGXFSZ);
+    NameProgram();
     Py_Initialize();
     // PyErr_Print would end the process on SystemExit. With this flag it writes the traceback, as
     // for any other exception; and so it does for what the script leaves for the end.

@@ -1,8 +1,8 @@
 // qzexpand: expands the macro language in a file or in standard input.
 
 #include <csignal>
-#include <cstdlib>
 
+#include "Environment.h"
 #include "Report.h"
 #include "Run.h"
 #include "Several.h"
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
             return Show("qzexpand " QZEXPAND_VERSION "\n");
         case Options::Action::Expand:
         case Options::Action::Evaluate:
-            ::clearenv();  // so that nothing of it can show in an output: Python reads a lot
+            ForgetEnvironment();
             return options.inputs.empty() ? Run(options) : RunSeveral(options);
         }
     } catch (const UsageError& e) {
