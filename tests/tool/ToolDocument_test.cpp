@@ -1,4 +1,4 @@
-// The document of the tool: what its examples show is what happens.
+// The documents of the tool: what their examples show is what happens.
 
 #include "ToolRunner.h"
 
@@ -17,9 +17,9 @@ struct Example {
     std::string output;
 };
 
-// The blocks of the document that are marked as console.
-std::vector<Example> ReadExamples() {
-    std::ifstream document(QZEXPAND_DOCUMENT);
+// The blocks of a document that are marked as console.
+std::vector<Example> ReadExamples(const fs::path& path) {
+    std::ifstream document(path);
     std::vector<Example> examples;
     bool isInside = false;
     for (std::string line; std::getline(document, line);) {
@@ -45,19 +45,30 @@ std::string OutputOf(const std::string& commands) {
     return output;
 }
 
-class ToolDocument : public tool_test::ToolTest {};
+class ToolDocument : public tool_test::ToolTest {
+protected:
+    // Each example runs in a folder of its own.
+    void Check(const fs::path& document, std::size_t leastExamples) const {
+        const std::vector<Example> examples = ReadExamples(document);
+        EXPECT_GE(examples.size(), leastExamples);
+        for (std::size_t i = 0; i < examples.size(); ++i) {
+            const fs::path folder = PathOf(std::to_string(i));
+            fs::create_directory(folder);
+            EXPECT_EQ(OutputOf("cd '" + folder.string()
+                               + "'\nqzexpand() { '" QZEXPAND "' \"$@\"; }\n"
+                               + examples[i].commands),
+                      examples[i].output)
+                << examples[i].commands;
+        }
+    }
+};
 
 TEST_F(ToolDocument, ShowsInItsExamplesWhatHappens) {
-    const std::vector<Example> examples = ReadExamples();
-    EXPECT_GE(examples.size(), 6u);
-    for (std::size_t i = 0; i < examples.size(); ++i) {
-        const fs::path folder = PathOf(std::to_string(i));
-        fs::create_directory(folder);
-        EXPECT_EQ(OutputOf("cd '" + folder.string() + "'\nqzexpand() { '" QZEXPAND "' \"$@\"; }\n"
-                           + examples[i].commands),
-                  examples[i].output)
-            << examples[i].commands;
-    }
+    Check(QZEXPAND_DOCUMENT, 9);
+}
+
+TEST_F(ToolDocument, ShowsInTheExamplesOfBuildsWhatHappens) {
+    Check(fs::path(QZEXPAND_DOCUMENT).parent_path() / "builds.md", 3);
 }
 
 }  // namespace
