@@ -30,7 +30,7 @@ protected:
     }
 
     static Result Report(const std::string& report) {
-        return Result{1, "", report + "qzexpand: --stack-limit=MIB gives it more\n"};
+        return Result{1, "", report + "hint: --stack-limit=MIB gives it more\n"};
     }
 };
 
@@ -114,7 +114,7 @@ TEST_F(ToolLimits, EndsALoopWhenItsTimeIsOver) {
     EXPECT_EQ(Run({"--time-limit=1"}, "\n@while (true) { }\n"),
               (Result{1, "",
                       "<stdin>(2) : the time of 1 s ran out in @while\n"
-                      "qzexpand: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --time-limit=SECONDS gives it more\n"}));
 }
 
 // A standard input on which nothing ever comes.
@@ -128,7 +128,7 @@ TEST_F(ToolLimits, EndsWaitingForInputWhenTheTimeIsOver) {
     EXPECT_EQ(Run({"--time-limit=1"}, "", BlockStandardInput),
               (Result{1, "",
                       "qzexpand : the time of 1 s ran out\n"
-                      "qzexpand: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --time-limit=SECONDS gives it more\n"}));
 }
 
 TEST_F(ToolLimits, AcceptsNumbersInRangeAlone) {

@@ -89,7 +89,7 @@ TEST_F(ToolPython, IsEndedByTheTimeLimit) {
     EXPECT_EQ(Run({"--python", "--time-limit=1"}, "\n@runpython {\nwhile True:\n  pass\n}\n"),
               (Result{1, "",
                       "<stdin>(2) : the time of 1 s ran out in @runpython\n"
-                      "qzexpand: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --time-limit=SECONDS gives it more\n"}));
 }
 
 }  // namespace

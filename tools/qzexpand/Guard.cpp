@@ -34,7 +34,7 @@ struct sigaction s_oldFaultAction {};
 
 void OnFault(int signal, siginfo_t* info, void*) {
     static constexpr Bound s_bound = {"the stack of ", " MiB ran out",
-                                      "qzexpand: --stack-limit=MIB gives it more\n"};
+                                      "--stack-limit=MIB gives it more"};
     if (s_stack->IsInGuard(info->si_addr))
         Stop(s_bound, static_cast<long>(s_stack->Mebibytes()), s_stack->Low());
     // A fault of the program itself comes again, with the handler of before. What another process
@@ -46,7 +46,7 @@ void OnFault(int signal, siginfo_t* info, void*) {
 
 void OnTime(int) {
     static constexpr Bound s_bound = {"the time of ", " s ran out",
-                                      "qzexpand: --time-limit=SECONDS gives it more\n"};
+                                      "--time-limit=SECONDS gives it more"};
     const void* here = __builtin_frame_address(0);
     if (s_stack->Holds(here))
         Stop(s_bound, s_session->options.timeLimit, here);

@@ -48,6 +48,10 @@ void SetReportStyle(const ReportStyle& style, bool terminalTakesColor) {
     s_style.isColored = style.isColored.value_or(terminalTakesColor);
 }
 
+const ReportStyle& CurrentReportStyle() {
+    return s_style;
+}
+
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e) {
     Diagnosis diagnosis = Diagnose(texts, e);
     for (const std::string& hint : FindHints(texts, e))

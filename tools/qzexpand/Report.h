@@ -29,6 +29,8 @@ namespace qztools {
 // The style of all reports from now on.
 void SetReportStyle(const ReportStyle& style, bool terminalTakesColor);
 
+const ReportStyle& CurrentReportStyle();
+
 // An error of a text. One whose position lies in no text that is known, such as a text that macros
 // have put together, is reported without a line for the current text.
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e);

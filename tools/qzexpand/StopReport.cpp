@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+#include "Diagnostics.h"
+#include "Report.h"
 #include "Standpoint.h"
 #include "common/Files.h"
 #include "common/Views.h"
@@ -15,7 +17,8 @@ namespace qztools {
 
 namespace {
 
-// A text of limited size, put together without allocation. What does not fit is left out.
+// A text of limited size, put together without allocation. What does not fit is left out: there is
+// room for the visible forms of as many paths as a report can name.
 class ShortText {
 public:
     ShortText& operator<<(std::string_view s) {
@@ -32,20 +35,87 @@ public:
     std::string_view View() const { return {m_text.data(), m_size}; }
 
 private:
-    std::array<char, 8192> m_text;
+    std::array<char, 1 << 18> m_text;
     std::size_t m_size = 0;
 };
 
-// "a.qz(3) : MESSAGE in macro f"
-void WriteStep(ShortText& report, const Step& step, std::string_view message) {
-    report << step.text->name << "(" << vorn::GetLineNumber(step.text->text, step.token.m_p1)
-           << ") :" << message << (step.token == "@" ? " in @" : " in macro ") << ToView(step.name)
-           << "\n";
+// Part of a JSON string. REQUIRES: s is UTF-8 without control bytes, as visible texts are.
+struct Escaped {
+    std::string_view s;
+};
+
+ShortText& operator<<(ShortText& report, Escaped escaped) {
+    for (const char& c : escaped.s) {
+        if (c == '"' || c == '\\')
+            report << "\\";
+        report << std::string_view(&c, 1);
+    }
+    return report;
 }
 
-void WriteUnknownPlace(ShortText& report, const SourceText* current, std::string_view message) {
-    report << (current != nullptr ? std::string_view(current->name) : "qzexpand") << " :" << message
-           << "\n";
+// What is to be told: the bound, and where the text stood.
+struct Stop {
+    Bound bound{};
+    long amount = 0;
+    const SourceText* current = nullptr;  // null before there is one
+    std::array<Step, 6> steps{};
+    std::size_t count = 0;
+};
+
+std::string_view KindOf(const Step& step) {
+    return step.token == "@" ? "in @" : "in macro ";
+}
+
+long LineOf(const Step& step) {
+    return vorn::GetLineNumber(step.text->text, step.token.m_p1);
+}
+
+// ---- for people --------------------------------------------------------------------------------
+
+//   a.qz(2) : the stack of 8 MiB ran out in macro pong
+//   a.qz(1) : in macro ping
+//   hint: ...
+void WriteText(ShortText& report, const Stop& stop) {
+    const Bound& bound = stop.bound;
+    if (stop.count == 0)
+        report << (stop.current != nullptr ? std::string_view(stop.current->name) : "qzexpand")
+               << " : " << bound.before << stop.amount << bound.behind << "\n";
+    for (std::size_t i = 0; i < stop.count; ++i) {
+        const Step& step = stop.steps[i];
+        report << step.text->name << "(" << LineOf(step) << ") : ";
+        if (i == 0)
+            report << bound.before << stop.amount << bound.behind << " ";
+        report << KindOf(step) << ToView(step.name) << "\n";
+    }
+    report << "hint: " << bound.advice << "\n";
+}
+
+// ---- for editors -------------------------------------------------------------------------------
+
+void WriteJsonPlace(ShortText& report, const Step& step) {
+    const Place place = FindPlace(*step.text, step.token.m_p1);
+    report << ",\"file\":\"" << Escaped{step.text->name} << "\",\"line\":" << place.line
+           << ",\"column\":" << place.column + 1;
+}
+
+// The object that is described with the other reports. The steps behind the first are its context.
+void WriteJson(ShortText& report, const Stop& stop) {
+    const Bound& bound = stop.bound;
+    report << "{\"severity\":\"error\"";
+    if (stop.count != 0)
+        WriteJsonPlace(report, stop.steps[0]);
+    else if (stop.current != nullptr)
+        report << ",\"file\":\"" << Escaped{stop.current->name} << "\"";
+    report << ",\"message\":\"" << bound.before << stop.amount << bound.behind;
+    if (stop.count != 0)
+        report << " " << KindOf(stop.steps[0]) << ToView(stop.steps[0].name);
+    report << "\",\"context\":[";
+    for (std::size_t i = 1; i < stop.count; ++i) {
+        const Step& step = stop.steps[i];
+        report << (i == 1 ? "\"" : ",\"") << Escaped{step.text->name} << "(" << LineOf(step)
+               << ") : " << KindOf(step) << ToView(step.name) << "\"";
+    }
+    report << "],\"hints\":[\"" << bound.advice << "\"],\"imports\":[]}\n";
 }
 
 }  // namespace
@@ -53,16 +123,16 @@ void WriteUnknownPlace(ShortText& report, const SourceText* current, std::string
 void WriteStopReport(const Session& session, const Bound& bound, long amount, const void* low,
                      const void* high) {
     // Static, as the stack of a signal handler may be small.
-    static ShortText s_message;
     static ShortText s_report;
-    static std::array<Step, 6> s_steps;
-    s_message << " " << bound.before << amount << bound.behind;
-    const std::size_t count = FindSteps(session, low, high, s_steps.data(), s_steps.size());
-    if (count == 0)
-        WriteUnknownPlace(s_report, session.texts.Current(), s_message.View());
-    for (std::size_t i = 0; i < count; ++i)
-        WriteStep(s_report, s_steps[i], i == 0 ? s_message.View() : "");
-    s_report << bound.advice;
+    static Stop s_stop;
+    s_stop.bound = bound;
+    s_stop.amount = amount;
+    s_stop.current = session.texts.Current();
+    s_stop.count = FindSteps(session, low, high, s_stop.steps.data(), s_stop.steps.size());
+    if (CurrentReportStyle().isJson)
+        WriteJson(s_report, s_stop);
+    else
+        WriteText(s_report, s_stop);
     WriteAll(STDERR_FILENO, ToSubString(s_report.View()));
 }
 

@@ -10,7 +10,7 @@ namespace qztools {
 // A bound of a run, and how its end is told.
 struct Bound {
     std::string_view before, behind;  // of the amount
-    std::string_view advice;
+    std::string_view advice;          // the hint
 };
 
 // Writes to standard error what ran out, with the innermost steps on the stack between two
