@@ -395,7 +395,7 @@ TEST_F(ToolSeveralEnd, HaveTheirTimeAndMemoryEach) {
     EXPECT_EQ(Run({"--time-limit=1", "-o", "out", "a.qz", "b.qz"}),
               (Result{1, "a\nb\n",
                       "a.qz(2) : the time of 1 s ran out in @while\n"
-                      "qzexpand: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --time-limit=SECONDS gives it more\n"}));
     EXPECT_EQ(OutputNames(), Names{"b"});
 }
 
