@@ -53,9 +53,9 @@ int OpenInput(const std::string& input) {
     return fd;
 }
 
-[[noreturn]] void Execute(const fs::path& folder, const std::vector<std::string>& arguments,
+[[noreturn]] void Execute(std::string program, const fs::path& folder,
+                          const std::vector<std::string>& arguments,
                           const std::function<void()>& setUp) {
-    std::string program = QZEXPAND;
     std::vector<std::string> copies = arguments;
     std::vector<char*> argv = {program.data()};
     for (std::string& argument : copies)
@@ -78,7 +78,8 @@ void CloseDescriptor(int& fd) {
 }  // namespace
 
 Process::Process(const fs::path& folder, const std::vector<std::string>& arguments,
-                 const std::string& input, const std::function<void()>& setUp) {
+                 const std::string& input, const std::function<void()>& setUp,
+                 const std::string& program) {
     Pipe out;
     Pipe err;
     int in = OpenInput(input);
@@ -87,7 +88,7 @@ Process::Process(const fs::path& folder, const std::vector<std::string>& argumen
         ::dup2(in, STDIN_FILENO);
         ::dup2(out.write, STDOUT_FILENO);
         ::dup2(err.write, STDERR_FILENO);
-        Execute(folder, arguments, setUp);
+        Execute(program, folder, arguments, setUp);
     }
     CloseDescriptor(in);
     CloseDescriptor(out.write);
@@ -188,6 +189,11 @@ std::vector<std::string> ToolTest::FileNames() const {
 Result ToolTest::Run(const std::vector<std::string>& arguments, const std::string& input,
                      const std::function<void()>& setUp) const {
     return Process(m_folder, arguments, input, setUp).Wait();
+}
+
+Result ToolTest::RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+                            const std::string& input) const {
+    return Process(m_folder, arguments, input, {}, program).Wait();
 }
 
 Result WrongCall(const std::string& message) {

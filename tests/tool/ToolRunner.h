@@ -39,7 +39,8 @@ class Process {
 public:
     // setUp is called in the new process, in front of the program.
     Process(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
-            const std::string& input, const std::function<void()>& setUp);
+            const std::string& input, const std::function<void()>& setUp,
+            const std::string& program = QZEXPAND);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -80,6 +81,10 @@ protected:
     // Runs the tool to its end.
     Result Run(const std::vector<std::string>& arguments, const std::string& input = "",
                const std::function<void()>& setUp = {}) const;
+
+    // The same for another program, by its path.
+    Result RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+                      const std::string& input = "") const;
 
     std::filesystem::path m_folder;
 };
