@@ -357,9 +357,7 @@ TEST_F(ToolSeveralEnd, EndAlsoWhereTheCallIsKilled) {
     process.WaitForOutput();
     process.Signal(SIGKILL);
     EXPECT_EQ(process.Wait().status, -SIGKILL);
-    int status = 0;
-    ::waitpid(-1, &status, 0);  // returns, as the child has been ended
-    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+    EXPECT_GT(::waitpid(-1, nullptr, 0), 0);  // returns, as the child has been ended
     EXPECT_FALSE(HasChildren());
 }
 
