@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <utility>
 #include <vector>
 
@@ -216,6 +218,28 @@ TEST_F(UsePythonStart, FailsWhereTheBootstrapDoes) {
                                "PyRun_SimpleString failed on the vorn bootstrap code|\n"
                                "SystemError: PyEval_EvalCodeEx: NULL globals\n"
                                "RunPython error: |\n"));
+}
+
+// Starts Python in a folder that looks like its own.
+void StartBesideModules() {
+    {
+        const ModuleDirectory directory;
+        const std::filesystem::path modules = directory.Path("lib/python2.7");
+        std::filesystem::create_directories(modules);
+        for (const char* name : {"os.py", "site.py"})
+            std::ofstream(modules / name) << "import sys\nsys.dont_write_bytecode = True\n";
+        unsetenv("PATH");
+        const std::string found =
+            "len([p for p in sys.path if p.startswith('" + directory.Path() + "')])";
+        if (chdir(directory.Path().c_str()) == 0)
+            std::fprintf(stderr, "%s|\n", Eval(found.c_str()).c_str());
+    }
+    std::_Exit(0);
+}
+
+TEST_F(UsePythonStart, TakesNoModulesFromTheWorkingDirectory) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(StartBesideModules(), testing::ExitedWithCode(0), testing::StrEq("0|\n"));
 }
 
 // ---- end ---------------------------------------------------------------------------------------

@@ -15,8 +15,8 @@ inline constexpr int s_optionalArgument = 2;
 
 // An option by its letter, its long name, or both. argument is null where there is none.
 struct OptionRow {
-    char letter;       // 0 where there is none
-    const char* name;  // null where there is none
+    char letter;        // 0 where there is none
+    const char* name;   // null where there is none
     int takesArgument;  // true, false or s_optionalArgument
     void (*apply)(Options& options, const char* argument);
 };

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include <sched.h>
@@ -28,9 +29,9 @@ constexpr int s_statusError = 1;
 
 std::size_t NumberOfCores() {
     cpu_set_t cores;
-    return ::sched_getaffinity(0, sizeof cores, &cores) == 0
-               ? static_cast<std::size_t>(CPU_COUNT(&cores))
-               : 1;
+    if (::sched_getaffinity(0, sizeof cores, &cores) == 0)
+        return static_cast<std::size_t>(CPU_COUNT(&cores));
+    return std::max(1u, std::thread::hardware_concurrency());  // more than the set can hold
 }
 
 struct Job {
@@ -58,7 +59,7 @@ public:
             const int signal = m_signals.Wait();
             if (signal != SIGCHLD)
                 EndAll(signal);
-            CollectSome(WNOHANG);
+            CollectSome();
         }
         return m_status;
     }
@@ -94,10 +95,10 @@ private:
         job.run.reset();
     }
 
-    void CollectSome(int waitOptions) {
+    void CollectSome() {
         for (Job& job : m_jobs) {
             int status = 0;
-            if (!job.run || ::waitpid(job.run->Pid(), &status, waitOptions) <= 0)
+            if (!job.run || ::waitpid(job.run->Pid(), &status, WNOHANG) <= 0)
                 continue;
             Collect(job, status);
             --m_running;
@@ -148,7 +149,7 @@ private:
         m_progress.Erase();
         SendToAll(signal);
         while (m_running > 0) {
-            CollectSome(WNOHANG);
+            CollectSome();
             if (m_running > 0 && m_signals.Wait() != SIGCHLD)
                 SendToAll(SIGKILL);
         }
