@@ -143,7 +143,14 @@ TEST_P(ToolManual, HasNoDate) {
     EXPECT_NE(ReadWhole(Page()).find(title), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Tools, ToolManual, testing::Values(Tool{"qzexpand", QZEXPAND}),
+constexpr Tool s_tools[] = {
+    {"qzexpand", QZEXPAND},
+#ifdef QZ_QZMAP
+    {"qzmap",    QZ_QZMAP},
+#endif
+};
+
+INSTANTIATE_TEST_SUITE_P(Tools, ToolManual, testing::ValuesIn(s_tools),
                          [](const auto& tool) { return std::string(tool.param.name); });
 
 }  // namespace

@@ -11,18 +11,29 @@ namespace qztools {
 
 using vorn::SubString;
 
-Place FindPlace(const SourceText& text, const char* pos) {
-    const SubString all = text.text;
-    const auto isLineFeed = [](char c) {
-        return c == '\n';
-    };
+namespace {
+
+// The line around a position, without its end.
+SubString LineAround(SubString all, const char* pos) {
     const char* first =
-        std::find_if(std::reverse_iterator(pos), std::reverse_iterator(all.m_p1), isLineFeed)
-            .base();
-    const char* last = std::find_if(pos, all.m_p2, isLineFeed);
+        std::find(std::reverse_iterator(pos), std::reverse_iterator(all.m_p1), '\n').base();
+    const char* last = std::find(pos, all.m_p2, '\n');
     if (last != first && last != pos && last[-1] == '\r')
         --last;
-    return {&text, vorn::GetLineNumber(all, pos), SubString(first, last), pos - first};
+    return {first, last};
+}
+
+}  // namespace
+
+Place FindPlace(const SourceText& text, const char* pos) {
+    const SubString line = LineAround(text.text, pos);
+    return {&text, vorn::GetLineNumber(text.text, pos), line, pos - line.m_p1};
+}
+
+Place FindPlaceBehind(const Place& earlier, const char* pos) {
+    const SubString line = LineAround(earlier.text->text, pos);
+    const auto lines = std::count(earlier.bytes.m_p1, line.m_p1, '\n');
+    return {earlier.text, earlier.line + lines, line, pos - line.m_p1};
 }
 
 std::string PlaceName(const Place& place) {

@@ -62,9 +62,9 @@ void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e) {
 void ReportRemark(const SourceTexts& texts, const Remark& remark) {
     Diagnosis diagnosis;
     diagnosis.isWarning = remark.severity == Remark::Severity::Warning;
-    diagnosis.text = texts.Find(remark.place.m_p1);
-    diagnosis.place = FindPlace(*diagnosis.text, remark.place.m_p1);
-    diagnosis.size = remark.place.size();
+    diagnosis.text = remark.place.text;
+    diagnosis.place = remark.place;
+    diagnosis.size = remark.size;
     diagnosis.message = VisibleName(remark.message);
     if (!remark.hint.empty())
         diagnosis.hints.push_back(VisibleName(remark.hint));

@@ -20,6 +20,7 @@
 #include <string>
 #include <string_view>
 
+#include "Diagnostics.h"
 #include "ReportStyle.h"
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSToken.h"
@@ -40,9 +41,10 @@ struct Remark {
     enum class Severity { Warning, Error };
 
     Severity severity = Severity::Warning;
-    vorn::SubString place;
-    std::string message;
-    std::string hint;  // may be empty
+    Place place{};
+    vorn::ssize_t size = 0;  // of the stretch, in bytes
+    std::string message{};
+    std::string hint{};  // may be empty
 };
 void ReportRemark(const SourceTexts& texts, const Remark& remark);
 

@@ -103,19 +103,26 @@ void UnknownNames::ReportIn(SubString copied) {
             continue;
         const LSToken name = LsScanToken(rest, false);
         if (name == TOKEN_IDENTIFIER && !IsDirectiveThatStays(name.m_str))
-            ReportName(SubString(token.m_str.m_p1, name.m_str.m_p2), name.m_str);
+            ReportName(*text, token.m_str.m_p1, name.m_str);
     }
 }
 
-void UnknownNames::ReportName(SubString place, SubString name) {
-    if (!m_reported.insert(place.m_p1).second)
+void UnknownNames::ReportName(const SourceText& text, const char* at, SubString name) {
+    if (!m_reported.insert(at).second)
         return;
-    std::string message("@");
-    message.append(ToView(name))
+    const std::less<const char*> before;
+    const bool isBehind = m_last.text == &text && !before(at, m_last.bytes.m_p1);
+    m_last = isBehind ? FindPlaceBehind(m_last, at) : FindPlace(text, at);
+    Remark remark;
+    if (m_session.options.unknownNames == Unknown::Refuse)
+        remark.severity = Remark::Severity::Error;
+    remark.place = m_last;
+    remark.size = name.m_p2 - at;
+    remark.message = '@';
+    remark.message.append(ToView(name))
         .append(" is neither a directive nor a variable and stays as it is");
-    const bool isError = m_session.options.unknownNames == Unknown::Refuse;
-    ReportRemark(m_session.texts, {isError ? Remark::Severity::Error : Remark::Severity::Warning,
-                                   place, message, SuggestName(m_session.frame, ToView(name))});
+    remark.hint = SuggestName(m_session.frame, ToView(name));
+    ReportRemark(m_session.texts, remark);
 }
 
 }  // namespace qztools

@@ -8,6 +8,7 @@
 #include <functional>
 #include <set>
 
+#include "Diagnostics.h"
 #include "Session.h"
 #include "qzMacroExpander/ExpandedOutput.h"
 
@@ -27,10 +28,11 @@ public:
 private:
     bool IsOneText(vorn::SubString s1, vorn::SubString s2) const;
     void ReportIn(vorn::SubString copied);
-    void ReportName(vorn::SubString place, vorn::SubString name);
+    void ReportName(const SourceText& text, const char* at, vorn::SubString name);
 
     const Session& m_session;
     std::set<const char*, std::less<>> m_reported;
+    Place m_last{};  // that was reported
 };
 
 }  // namespace qztools
