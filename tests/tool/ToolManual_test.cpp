@@ -104,7 +104,8 @@ TEST_P(ToolManual, NamesTheOptionsOfHelpInTheManualPage) {
 TEST_P(ToolManual, HasTheSectionsOfAManualPage) {
     const std::string page = Rendered();
     std::size_t last = 0;
-    for (const char* section : {"\nNAME\n", "\nSYNOPSIS\n", "\nDESCRIPTION\n", "\nEXIT STATUS\n"}) {
+    for (const char* section :
+         {"\nNAME\n", "\nSYNOPSIS\n", "\nDESCRIPTION\n", "\nEXIT STATUS\n", "\nSEE ALSO\n"}) {
         const std::size_t at = page.find(section, last);
         ASSERT_NE(at, page.npos) << section;
         last = at;
