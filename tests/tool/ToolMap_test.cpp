@@ -344,6 +344,19 @@ TEST_F(ToolMap, DescribesStandardOutputAndMayGoThere) {
     EXPECT_EQ(qztools::ParseMap("-", result.out).outputName, "out.txt");
 }
 
+TEST_F(ToolMap, IsOneForEachOfSeveralFiles) {
+    Write("a.txt.qz", "a");
+    Write("b.txt.qz", "b");
+    fs::create_directories(PathOf("out/maps"));
+    EXPECT_EQ(Run({"a.txt.qz", "b.txt.qz", "-o", "out", "--map", "out/maps"}), (Result{0, "", ""}));
+    EXPECT_EQ(ReadMap("out/maps/a.txt.map").outputName, "../a.txt");
+    EXPECT_EQ(SourceNames(ReadMap("out/maps/b.txt.map")),
+              std::vector<std::string>{"../../b.txt.qz"});
+    EXPECT_EQ(Run({"a.txt.qz", "b.txt.qz", "-o", "out", "--map", "out", "--depfile", "out"}),
+              (Result{0, "", ""}));
+    EXPECT_EQ(ReadMap("out/a.txt.map").outputName, "a.txt");
+}
+
 TEST_F(ToolMap, RefusesWrongCalls) {
     EXPECT_EQ(Run({"--map"}), tool_test::WrongCall("--map needs an argument"));
     EXPECT_EQ(Run({"--map", "-"}), tool_test::WrongCall("--map and -o name one file: -"));
