@@ -71,4 +71,8 @@ TEST_F(ToolDocument, ShowsInTheExamplesOfBuildsWhatHappens) {
     Check(fs::path(QZEXPAND_DOCUMENT).parent_path() / "builds.md", 3);
 }
 
+TEST_F(ToolDocument, ShowsInTheExamplesOfMapsWhatHappens) {
+    Check(fs::path(QZEXPAND_DOCUMENT).parent_path() / "maps.md", 2);
+}
+
 }  // namespace
