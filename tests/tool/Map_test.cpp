@@ -38,7 +38,7 @@ Map Example() {
     return map;
 }
 
-const char* const s_example = R"("pieces": ["IAA,CCA,Q,GAUM,CAlB,ED"]})";
+const char* const s_example = R"("pieces": ["IAA,CEA,Q,GAUM,CCE,ED"]})";
 
 // A map of an output of 10 bytes from a source of 20, with those pieces.
 std::string WithPieces(const std::string& pieces) {
@@ -80,6 +80,7 @@ TEST(Vlq, IsThatOfSourceMaps) {
         std::string written;
         AppendVlq(written, number);
         EXPECT_EQ(written, text);
+        EXPECT_EQ(VlqSize(number), std::ssize(written));
         std::string_view rest = text;
         EXPECT_EQ(ReadVlq(rest), number);
         EXPECT_EQ(rest, "");
@@ -120,6 +121,23 @@ TEST(MapFormat, BreaksLongLinesOfPieces) {
     for (std::string line; std::getline(lines, line);)
         sizes.push_back(line.size());
     EXPECT_EQ(sizes, (std::vector<std::size_t>{94, 92, 92, 92, 92, 92, 72}));
+    EXPECT_EQ(ParseMap("m.map", text).pieces, map.pieces);
+}
+
+// A macro and its uses lie far from each other.
+TEST(MapFormat, TakesTheMarkThatLiesNearer) {
+    Map map = Example();
+    map.outputSize = 5;
+    map.sources[0].size = 2000;
+    map.pieces = {
+        {Kind::Copied, 1, 0, 0,    1},
+        {Kind::Copied, 1, 0, 1000, 1},
+        {Kind::Copied, 1, 0, 2,    1},
+        {Kind::Copied, 1, 0, 1002, 1},
+        {Kind::Copied, 1, 0, 4,    1}
+    };
+    const std::string text = FormatMap(map);
+    EXPECT_EQ(text.substr(text.find("\"pieces\"")), "\"pieces\": [\"CAA,CAu+B,CCE,CAC,CCC\"]}\n");
     EXPECT_EQ(ParseMap("m.map", text).pieces, map.pieces);
 }
 
@@ -233,7 +251,7 @@ const PieceCase s_pieceCases[] = {
     {{{5}, {}, {5}},                 "piece 1 has no size above 0"                 },
     {{{10, 0}},                      "piece 0 has a source and no offset"          },
     {{{10, -2}},                     "piece 0 has a source and no offset"          },
-    {{{10, 1, 0}},                   "piece 0 has a source that is not there"      },
+    {{{10, 2, 0}},                   "piece 0 has a source that is not there"      },
     {{{10, -1, 0}},                  "piece 0 has a source that is not there"      },
     {{{10, s_most, 0}},              "piece 0 has a source that is not there"      },
     {{{10, -s_most, 0}},             "piece 0 has a source that is not there"      },

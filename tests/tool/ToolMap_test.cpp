@@ -160,7 +160,7 @@ TEST_F(ToolMap, HasTheDocumentedForm) {
                                      "  {\"name\": \"main.qz\", \"size\": 32, \"hash\": \""
                                    + HashOf(Read("main.qz"))
                                    + "\"}],\n"
-                                     " \"pieces\": [\"ECgB,CCN,CCO,CCP,CCO,CCAC,CCO\"]}\n");
+                                     " \"pieces\": [\"EEgB,CEN,CEO,CEP,CEO,CEAC,CEO\"]}\n");
 }
 
 TEST_F(ToolMap, TellsWhatWasCopiedWhatCalculatedAndWhatIsIndentation) {

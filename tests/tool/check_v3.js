@@ -35,17 +35,17 @@ function bytesOf(source) {
 
 // The pieces with their offsets: start in the output, from in the source.
 function piecesOf(map) {
-  const ends = map.sources.map(() => 0);
+  const marks = map.sources.flatMap(() => [0, 0]);
   let start = 0;
   return map.pieces.join(',').split(',').map((record) => {
-    const [size, source, distance, length] = numbersOf(record);
+    const [size, mark, distance, length] = numbersOf(record);
     const piece = { start, size, source: -1 };
     start += size;
     if (distance === undefined) return piece;
-    piece.source = source;
-    piece.from = ends[source] + distance;
+    piece.source = Math.floor(mark / 2);
+    piece.from = marks[mark] + distance;
     piece.isCopied = length === undefined;
-    ends[source] = piece.from + (piece.isCopied ? size : length);
+    marks[mark] = piece.from + (piece.isCopied ? size : length);
     return piece;
   });
 }

@@ -98,23 +98,40 @@ void AppendNumbers(std::string& out, std::initializer_list<std::int64_t> numbers
         AppendVlq(out, number);
 }
 
-// last is where the piece before that came from the same source has ended.
-void AppendPiece(std::string& out, const MapPiece& piece, std::vector<std::int64_t>& last) {
+// The two marks of each source, from which distances count.
+class Marks {
+public:
+    explicit Marks(std::size_t sources) : m_offsets(2 * sources) {}
+
+    // The number of the mark that lies better for a piece.
+    std::size_t Choose(const MapPiece& piece) const {
+        const std::size_t first = 2 * static_cast<std::size_t>(piece.source);
+        const int firstSize = VlqSize(piece.offset - m_offsets.at(first));
+        return VlqSize(piece.offset - m_offsets.at(first + 1)) < firstSize ? first + 1 : first;
+    }
+
+    std::int64_t& operator[](std::size_t number) { return m_offsets[number]; }
+
+private:
+    std::vector<std::int64_t> m_offsets;
+};
+
+void AppendPiece(std::string& out, const MapPiece& piece, Marks& marks) {
     using Kind = MapPiece::Kind;
     if (piece.kind == Kind::Indentation)
         return AppendNumbers(out, {piece.size});
     if (piece.kind == Kind::Inserted)
         return AppendNumbers(out, {piece.size, -1});
-    std::int64_t& end = last.at(static_cast<std::size_t>(piece.source));
-    const std::int64_t distance = piece.offset - end;
-    end = piece.offset + piece.length;
-    if (piece.kind == Kind::Copied)
-        return AppendNumbers(out, {piece.size, piece.source, distance});
-    AppendNumbers(out, {piece.size, piece.source, distance, piece.length});
+    const std::size_t number = marks.Choose(piece);
+    const std::int64_t distance = piece.offset - marks[number];
+    marks[number] = piece.offset + piece.length;
+    AppendNumbers(out, {piece.size, static_cast<std::int64_t>(number), distance});
+    if (piece.kind == Kind::Calculated)
+        AppendVlq(out, piece.length);
 }
 
 void AppendPieces(std::string& out, const Map& map) {
-    std::vector<std::int64_t> last(map.sources.size());
+    Marks marks(map.sources.size());
     std::size_t lineStart = out.rfind('\n') + 1;
     const char* before = "\"";
     for (const MapPiece& piece : map.pieces) {
@@ -123,7 +140,7 @@ void AppendPieces(std::string& out, const Map& map) {
             lineStart = out.size();
         }
         out += before;
-        AppendPiece(out, piece, last);
+        AppendPiece(out, piece, marks);
         before = ",";
     }
     if (!map.pieces.empty())
@@ -176,7 +193,7 @@ struct Record {
 // of them cover the output exactly. No sum is formed before it is known to fit.
 class PieceDecoder {
 public:
-    explicit PieceDecoder(const Map& map) : m_map(map), m_last(map.sources.size()) {}
+    explicit PieceDecoder(const Map& map) : m_map(map), m_marks(2 * map.sources.size()) {}
 
     MapPiece Decode(const Record& record) {
         using Kind = MapPiece::Kind;
@@ -205,26 +222,25 @@ public:
 
 private:
     void Locate(MapPiece& piece, const Record& record) {
-        const std::int64_t source = record.numbers[1];
-        if (source < 0 || source >= std::ssize(m_map.sources))
+        const std::int64_t number = record.numbers[1];
+        if (number < 0 || number >= std::ssize(m_marks))
             RefusePiece(m_index, "has a source that is not there");
-        const auto index = static_cast<std::size_t>(source);
-        const std::int64_t size = m_map.sources[index].size;
+        piece.source = number / 2;
+        const std::int64_t size = m_map.sources[static_cast<std::size_t>(piece.source)].size;
         const bool isCopied = record.count == 3;
         piece.kind = isCopied ? MapPiece::Kind::Copied : MapPiece::Kind::Calculated;
-        piece.source = source;
         piece.length = isCopied ? piece.size : record.numbers[3];
         const std::int64_t distance = record.numbers[2];
-        const std::int64_t last = m_last[index];  // from 0 to size
-        if (distance < -last || distance > size - last || piece.length < 0
-            || piece.length > size - (last + distance))
+        std::int64_t& mark = m_marks[static_cast<std::size_t>(number)];  // from 0 to size
+        if (distance < -mark || distance > size - mark || piece.length < 0
+            || piece.length > size - (mark + distance))
             RefusePiece(m_index, "reaches outside its source");
-        piece.offset = last + distance;
-        m_last[index] = piece.offset + piece.length;
+        piece.offset = mark + distance;
+        mark = piece.offset + piece.length;
     }
 
     const Map& m_map;
-    std::vector<std::int64_t> m_last;  // ends of the pieces before, by source
+    std::vector<std::int64_t> m_marks;  // two for each source
     std::int64_t m_outputEnd = 0;
     std::size_t m_index = 0;
 };

@@ -7,21 +7,23 @@
 //    "sources": [
 //     {"name": "../src/a.cpp.qz", "size": 40, "hash": "sha256:4c5d..."},
 //     {"name": "<-D n>", "text": "5"}],
-//    "pieces": ["IAA,CCA,Q,GAUM"]}
+//    "pieces": ["IAA,CEA,Q,GAUM"]}
 //
 // The pieces stand in the order of the output and cover it exactly. Each is a record of one to four
 // numbers, written as in the mappings of a Source Map (see Vlq.h), with a comma between two records
 // and whole records in every string:
 //
 //   n             n bytes of indentation
-//   n s d         n bytes copied from source s
-//   n s d m       n bytes that were calculated from m bytes of source s: a directive or a name
+//   n r d         n bytes copied from a source
+//   n r d m       n bytes that were calculated from m bytes of a source: a directive or a name
 //   n -1          n bytes that the tool put in, such as a line marker
 //
-// where s is an index into the sources, and d is the distance in bytes from the end of the piece
-// before that came from the same source, or from the start of the source for its first one, to
-// the first source byte of this piece. Copied stretches that follow each other in the output and
-// in the source are one piece. So the pieces above are 4 0 0, 1 1 0, 8 and 3 0 10 6.
+// Every source has two marks, which lie at its start in the beginning. r / 2, rounded down, is the
+// index of the source, and r % 2 is one of its marks. d is the distance in bytes from this mark to
+// the first source byte of the piece, and the mark moves to the end of that stretch of the source.
+// With two of them, going to and fro between the uses of a macro and its text takes short
+// distances. Copied stretches that follow each other in the output and in the source are one
+// piece. So the pieces above are 4 0 0, 1 2 0, 8 and 3 0 10 6.
 //
 // The name of a file is its path as seen from the folder of the map, or an absolute path, so that
 // a tree can be moved as a whole. A source that is no file has its bytes in the map, as "text"

@@ -25,14 +25,28 @@ constexpr DigitValues s_values;
 
 }  // namespace
 
+namespace {
+
+std::uint64_t WithSign(std::int64_t number) {
+    return static_cast<std::uint64_t>(number < 0 ? -number : number) << 1 | (number < 0 ? 1 : 0);
+}
+
+}  // namespace
+
 void AppendVlq(std::string& out, std::int64_t number) {
-    auto rest = static_cast<std::uint64_t>(number < 0 ? -number : number) << 1;
-    rest |= number < 0 ? 1 : 0;
+    std::uint64_t rest = WithSign(number);
     do {
         const std::uint64_t digit = rest & (s_goesOn - 1);
         rest >>= s_bits;
         out += s_digits[digit | (rest != 0 ? s_goesOn : 0)];
     } while (rest != 0);
+}
+
+int VlqSize(std::int64_t number) {
+    int size = 1;
+    for (std::uint64_t rest = WithSign(number) >> s_bits; rest != 0; rest >>= s_bits)
+        ++size;
+    return size;
 }
 
 std::optional<std::int64_t> ReadVlq(std::string_view& s) {

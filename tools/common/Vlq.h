@@ -12,6 +12,9 @@ namespace qztools {
 // REQUIRES: the number is not the least that there is.
 void AppendVlq(std::string& out, std::int64_t number);
 
+// The number of digits that it takes.
+int VlqSize(std::int64_t number);
+
 // Takes the number off the start of s; none where there is no number that fits.
 std::optional<std::int64_t> ReadVlq(std::string_view& s);
 
