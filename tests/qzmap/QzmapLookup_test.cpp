@@ -8,6 +8,11 @@ using qzmap_test::Composition;
 using qzmap_test::EveryKind;
 using qzmap_test::Result;
 
+struct Directive {
+    std::string source;
+    std::string quoted;
+};
+
 class QzmapLookup : public qzmap_test::QzmapTest {
 protected:
     std::string Found(const std::vector<std::string>& place) const {
@@ -111,6 +116,28 @@ TEST_F(QzmapLookup, QuotesOnlyTheStartOfALongText) {
     EXPECT_EQ(Found({"2"}), "a.qz:3:1: column 1: calculated from `@(" + std::string(58, '1')
                                 + "...`\n@(" + std::string(158, '1') + "...\n^"
                                 + std::string(159, '~') + "\n");
+}
+
+// Of a directive, qzexpand maps the @ alone.
+TEST_F(QzmapLookup, QuotesTheDirectiveBehindAnAt) {
+    const Directive directives[] = {
+        {"@(f(1) + a[2]) + 3", "@(f(1) + a[2])"},
+        {"@str(a) b",          "@str(a)"       },
+        {"@[x][y]",            "@[x]"          },
+        {"@name (a)",          "@name"         },
+        {"@if(a",              "@if(a"         },
+        {"@(\n1)",             "@("            },
+        {"@",                  "@"             },
+        {"@)",                 "@"             },
+    };
+    for (const auto& [source, quoted] : directives) {
+        Composition a("a.cpp");
+        a.AddFile("a.qz", source);
+        a.Calculate(0, "@", "r");
+        WriteFiles(a);
+        const std::string line = source.substr(0, source.find('\n'));
+        EXPECT_EQ(Found({"1:1"}), "a.qz:1:1: calculated from `" + quoted + "`\n" + line + "\n^\n");
+    }
 }
 
 TEST_F(QzmapLookup, CutsALongLineOnBothSides) {

@@ -40,6 +40,8 @@ TEST_F(QzmapUsage, RefusesOperandsThatAreTooMany) {
     ExpectWrongCall({"lookup", "a.map", "--source", "a:1", "2"}, "too many arguments: 2");
     ExpectWrongCall({"html", "a.map", "b.map"}, "too many arguments: b.map");
     ExpectWrongCall({"remap", "--output", "a", "a.map", "b.map"}, "--output goes with one map");
+    ExpectWrongCall({"remap", "a.map", "-"},
+                    "standard input holds the messages, so no map can be -");
 }
 
 TEST_F(QzmapUsage, RefusesPlacesThatAreNone) {

@@ -6,7 +6,9 @@
 #include "Excerpt.h"
 #include "Origin.h"
 #include "common/Fault.h"
+#include "common/Views.h"
 #include "common/Visible.h"
+#include "qzUtils/StringExt.h"
 
 namespace qztools {
 
@@ -66,14 +68,40 @@ std::string ColumnsOf(const Text& text, const Range& range) {
 
 // ---- from the output to the sources ------------------------------------------------------------
 
+// How much of a text belongs to the bracket that it starts with, up to its end in the same line.
+std::size_t SizeOfBracket(std::string_view s) {
+    constexpr std::string_view s_open = "([{";
+    constexpr std::string_view s_close = ")]}";
+    if (s.empty() || s_open.find(s.front()) == std::string_view::npos)
+        return 0;
+    int depth = 0;
+    for (std::size_t i = 0; i < s.size() && s[i] != '\n'; ++i) {
+        depth += s_open.find(s[i]) != std::string_view::npos ? 1 : 0;
+        depth -= s_close.find(s[i]) != std::string_view::npos ? 1 : 0;
+        if (depth == 0)
+            return i + 1;
+    }
+    return std::min(s.find('\n'), s.size());
+}
+
+// Of a directive the map names the @ alone. What is shown for it is its name and the bracket
+// behind, as far as that can be told without the language.
+std::string_view CalculatedFrom(const Text& text, const MapPiece& piece) {
+    const std::string_view rest = text.Bytes().substr(static_cast<std::size_t>(piece.offset));
+    const auto length = static_cast<std::size_t>(piece.length);
+    if (rest.substr(0, length) != "@")
+        return rest.substr(0, length);
+    vorn::SubString name = ToSubString(rest.substr(1));
+    vorn::ScanIdentifier(name);
+    const std::string_view behind = ToView(name);
+    return rest.substr(0, rest.size() - behind.size() + SizeOfBracket(behind));
+}
+
 // The text that something was calculated from, as it fits into a line.
-std::string Quoted(const Text& text, const MapPiece& piece) {
+std::string Quoted(std::string_view text) {
     constexpr std::size_t s_most = 60;
-    std::string_view bytes = text.Bytes().substr(static_cast<std::size_t>(piece.offset),
-                                                 static_cast<std::size_t>(piece.length));
-    const std::size_t end = std::min(bytes.find_first_of("\r\n"), s_most);
-    const bool isCut = end < bytes.size();
-    return '`' + VisibleName(bytes.substr(0, end)) + (isCut ? "...`" : "`");
+    const std::size_t end = std::min(text.find_first_of("\r\n"), s_most);
+    return '`' + VisibleName(text.substr(0, end)) + (end < text.size() ? "...`" : "`");
 }
 
 std::string DescribeOrigin(const LoadedMap& map, std::size_t index, const Range& range,
@@ -88,7 +116,7 @@ std::string DescribeOrigin(const LoadedMap& map, std::size_t index, const Range&
     const Text& source = map.Source(piece.source);
     if (piece.kind == Kind::Calculated)
         return Shown(source, piece.offset) + ": " + columns + "calculated from "
-               + Quoted(source, piece) + '\n'
+               + Quoted(CalculatedFrom(source, piece)) + '\n'
                + ExcerptOf(source, {piece.offset, piece.offset + piece.length});
     const std::int64_t first = piece.offset + (range.first - map.StartOf(index));
     return Shown(source, first) + ": " + columns + "copied\n"

@@ -182,6 +182,9 @@ void TakeOperands(Options& options, std::vector<std::string> operands) {
         ParseLookedUp(options, operands.back());
         operands.pop_back();
     }
+    if (options.command == Command::Remap
+        && std::find(operands.begin(), operands.end(), "-") != operands.end())
+        throw UsageError("standard input holds the messages, so no map can be -");
     if (options.whereabouts.output && operands.size() > 1)
         throw UsageError("--output goes with one map");
     options.maps = std::move(operands);
