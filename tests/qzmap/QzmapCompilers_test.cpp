@@ -70,7 +70,7 @@ std::vector<std::string> PlacesWithTab(const std::string& column) {
     return {
         "missing_in_argument at src/a.cpp.qz:4:19",    "missing_in_body at src/lib.qz:4:23",
         "missing_in_header at gen/lib.h:1:25",         "missing_in_import at src/lib.qz:7:25",
-        "missing_in_loop at src/a.cpp.qz:9:32",        "missing_in_loop at src/a.cpp.qz:9:33",
+        "missing_in_loop at src/a.cpp.qz:9:32",        "missing_in_loop at src/a.cpp.qz:9:32",
         "missing_in_text at src/a.cpp.qz:6:" + column,
     };
 }

@@ -300,6 +300,7 @@ class Pane {
     this.text = text;
     this.cursor = cursor;
     this.found = [0, 0];
+    this.content = '';
     const digits = String(text.rows.lineCount).length;
     this.digits = digits;
     this.height = Math.min(text.rows.count * ROW_HEIGHT + 4, TALLEST);
@@ -338,15 +339,22 @@ class Pane {
     const {count} = this.text.rows, {top} = this;
     const first = Math.max(0, Math.floor(top) - SPARE);
     const last = Math.min(count, Math.ceil(top + this.seen) + SPARE);
-    const rows = [];
-    for (let row = first; row < last; ++row)
-      rows.push(this.makeRow(row));
-    if (count === 0)
-      rows.push(makeSpan('empty', `${this.text.name} is empty.`));
-    this.rows.replaceChildren(...rows);
+    const content = [this.text.name, first, last, ...this.found].join(' ');
+    if (content !== this.content)
+      this.makeRows(first, last);
+    this.content = content;
     const y = this.scroller.scrollTop - (top - first) * ROW_HEIGHT;
     this.rows.style.transform = `translateY(${y}px)`;
     paint(this);
+  }
+
+  makeRows(first, last) {
+    const rows = [];
+    for (let row = first; row < last; ++row)
+      rows.push(this.makeRow(row));
+    if (last === 0)
+      rows.push(makeSpan('empty', `${this.text.name} is empty.`));
+    this.rows.replaceChildren(...rows);
   }
 
   makeRow(row) {
@@ -822,4 +830,4 @@ for (const pane of [outputPane, sourcePane]) {
 }
 listenToPage();
 listenToFind();
-document.documentElement.dataset.ready = 'yes';
+requestAnimationFrame(() => { document.documentElement.dataset.ready = 'yes'; });
