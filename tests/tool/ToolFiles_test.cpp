@@ -68,12 +68,6 @@ TEST_F(ToolFiles, ReportsAClosedStandardOutput) {
     EXPECT_EQ(Run({}, "a", [] { ::close(1); }), Failure("standard output: Bad file descriptor"));
 }
 
-TEST_F(ToolFiles, WritesNoOutputWhereWhatTheTextPrintsIsLost) {
-    EXPECT_EQ(Run({"-o", "out"}, "@println(a)b", Redirect(1, "/dev/full")),
-              Failure("standard output: write error"));
-    EXPECT_EQ(FileNames(), Names{});
-}
-
 // A pipe whose reader has gone.
 void BreakStandardOutput() {
     int ends[2];

@@ -45,7 +45,7 @@ TEST_F(ToolImports, AreFollowedAsOftenAsTheyStandThere) {
 
 TEST_F(ToolImports, ShowWhatTheImportedFilePrints) {
     Write("b.qz", "@println(from b)\n");
-    EXPECT_EQ(Expand("@import \"b.qz\""), (Result{0, "from b\n", ""}));
+    EXPECT_EQ(Expand("@import \"b.qz\""), (Result{0, "", "from b\n"}));
 }
 
 TEST_F(ToolImports, WorkInStandardInput) {

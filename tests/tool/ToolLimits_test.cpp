@@ -24,13 +24,13 @@ protected:
     // The tool's report on a text that uses up a stack of the least size.
     Result RunOut(const std::string& text, const std::vector<std::string>& further = {}) const {
         Write("a.qz", text);
-        std::vector<std::string> arguments = {"a.qz", "--stack-limit=1"};
+        std::vector<std::string> arguments = {"a.qz", "--limit-stack=1"};
         arguments.insert(arguments.end(), further.begin(), further.end());
         return Run(arguments);
     }
 
     static Result Report(const std::string& report) {
-        return Result{1, "", report + "hint: --stack-limit=MIB gives it more\n"};
+        return Result{3, "", report + "hint: --limit-stack=MIB gives it more\n"};
     }
 };
 
@@ -60,7 +60,7 @@ TEST_F(ToolStack, NamesAllMacrosOfACircle) {
 
 TEST_F(ToolStack, NamesTheDirectiveInWhichAMacroCallsItself) {
     const Result result = RunOut("@def a = {\n  @if (true) {\n  a }\n}\na\n");
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.err.find("a.qz(3) : "), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("in macro a\n"), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("a.qz(2) : "), std::string::npos) << result.err;
@@ -86,13 +86,13 @@ TEST_F(ToolStack, NamesADefinitionOfTheCommandLine) {
 }
 
 TEST_F(ToolStack, IsNamedWithoutAPlaceWhereNoneIsKnown) {
-    EXPECT_EQ(Run({"--stack-limit=1", "--eval", std::string(100'000, '(')}),
+    EXPECT_EQ(Run({"--limit-stack=1", "--eval", std::string(100'000, '(')}),
               Report("<--eval> : the stack of 1 MiB ran out\n"));
 }
 
 TEST_F(ToolStack, LeavesTheOutputAloneWhenItRunsOut) {
     Write("out", "old");
-    EXPECT_EQ(RunOut("@def a = a\na\n", {"-o", "out"}).status, 1);
+    EXPECT_EQ(RunOut("@def a = a\na\n", {"-o", "out"}).status, 3);
     EXPECT_EQ(Read("out"), "old");
     EXPECT_EQ(FileNames(), (Names{"a.qz", "out"}));
 }
@@ -102,19 +102,19 @@ TEST_F(ToolStack, GoesAsDeepAsItsSizeAllows) {
     for (int i = 1; i <= 3000; ++i)
         text += "@def m" + std::to_string(i) + " = m" + std::to_string(i - 1) + "\n";
     text += "m3000";
-    EXPECT_EQ(RunOut(text).status, 1);
-    EXPECT_EQ(RunOut(text, {"--stack-limit=64"}), (Result{0, "end", ""}));
+    EXPECT_EQ(RunOut(text).status, 3);
+    EXPECT_EQ(RunOut(text, {"--limit-stack=64"}), (Result{0, "end", ""}));
 }
 
-// ---- time and memory ---------------------------------------------------------------------------
+// ---- time --------------------------------------------------------------------------------------
 
 class ToolLimits : public ToolTest {};
 
 TEST_F(ToolLimits, EndsALoopWhenItsTimeIsOver) {
-    EXPECT_EQ(Run({"--time-limit=1"}, "\n@while (true) { }\n"),
-              (Result{1, "",
+    EXPECT_EQ(Run({"--limit-time=1"}, "\n@while (true) { }\n"),
+              (Result{3, "",
                       "<stdin>(2) : the time of 1 s ran out in @while\n"
-                      "hint: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --limit-time=SECONDS gives it more\n"}));
 }
 
 // A standard input on which nothing ever comes.
@@ -125,46 +125,87 @@ void BlockStandardInput() {
 }
 
 TEST_F(ToolLimits, EndsWaitingForInputWhenTheTimeIsOver) {
-    EXPECT_EQ(Run({"--time-limit=1"}, "", BlockStandardInput),
-              (Result{1, "",
+    EXPECT_EQ(Run({"--limit-time=1"}, "", BlockStandardInput),
+              (Result{3, "",
                       "qzexpand : the time of 1 s ran out\n"
-                      "hint: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --limit-time=SECONDS gives it more\n"}));
 }
 
 TEST_F(ToolLimits, AcceptsNumbersInRangeAlone) {
     const auto refusal = [](const std::string& value) {
-        return tool_test::WrongCall("--stack-limit needs a number from 1 to 1000000: " + value);
+        return tool_test::WrongCall("--limit-stack needs a number from 1 to 1000000: " + value);
     };
     for (const std::string value : {"0", "-1", "1000001", "", "8M", " 8", "99999999999999999999"})
-        EXPECT_EQ(Run({"--stack-limit", value}), refusal(value));
-    EXPECT_EQ(Run({"--time-limit", "x"}),
-              tool_test::WrongCall("--time-limit needs a number from 0 to 1000000: x"));
-    EXPECT_EQ(Run({"--stack-limit=1000000", "--time-limit=0", "--memory-limit=0"}, "a"),
+        EXPECT_EQ(Run({"--limit-stack", value}), refusal(value));
+    EXPECT_EQ(Run({"--limit-time", "x"}),
+              tool_test::WrongCall("--limit-time needs a number from 0 to 1000000: x"));
+    EXPECT_EQ(Run({"--limit-stack=1000000", "--limit-time=0", "--limit-memory=0"}, "a"),
               (Result{0, "a", ""}));
 }
+
+// ---- output ------------------------------------------------------------------------------------
+
+constexpr int s_mebibyte = 1 << 20;
+
+TEST_F(ToolLimits, LetTheOutputGrowToItsLimitAndNotFurther) {
+    const std::string text(s_mebibyte, 'x');
+    EXPECT_EQ(Run({"--limit-output=1"}, text).out, text);
+    EXPECT_EQ(Run({"--limit-output=1"}, text + "\n").status, 3);
+    EXPECT_EQ(Run({"--limit-output=0"}, text + "\n").out, text + "\n");
+}
+
+TEST_F(ToolLimits, EndALoopThatFillsTheOutput) {
+    EXPECT_EQ(Run({"--limit-output=2", "-o", "out"}, "\n   @while (true) {text}\n"),
+              (Result{3, "",
+                      "<stdin>(2) : the output of 2 MiB is full\n"
+                      "   @while (true) {text}\n"
+                      "                  ^\n"
+                      "hint: --limit-output=MIB gives it more\n"}));
+    EXPECT_EQ(FileNames(), Names{});
+}
+
+TEST_F(ToolLimits, CountTheOutputOfAllFiles) {
+    Write("b.qz", std::string(s_mebibyte / 2, 'x'));
+    const std::string text = "@import \"b.qz\"@import \"b.qz\"!";
+    EXPECT_EQ(Run({"--limit-output=1", "--imports=inline"}, text).status, 3);
+    EXPECT_EQ(Run({"--limit-output=1"}, text), (Result{0, "!", ""}));
+}
+
+TEST_F(ToolLimits, CountTheLineEndsOfTheOutputAsTheyAreWritten) {
+    const std::string text(s_mebibyte / 2, '\n');
+    EXPECT_EQ(Run({"--limit-output=1", "--newline=crlf"}, text).status, 0);
+    EXPECT_EQ(Run({"--limit-output=1", "--newline=crlf"}, text + "\n"),
+              (Result{3, "",
+                      "<stdin> : the output of 1 MiB is full\n"
+                      "hint: --limit-output=MIB gives it more\n"}));
+}
+
+// ---- memory ------------------------------------------------------------------------------------
 
 // A sanitizer takes all addresses for itself, so that they can't be limited.
 #if !defined(QZ_SANITIZED)
 TEST_F(ToolLimits, ReportsWhereTheMemoryRanOutWithoutASanitizer) {
-    EXPECT_EQ(Run({"--memory-limit=100"}, "\n @while (true) {text}\n"),
-              (Result{1, "",
+    EXPECT_EQ(Run({"--limit-memory=100"}, "\n @while (true) {text}\n"),
+              (Result{3, "",
                       "<stdin>(2) : the memory ran out\n"
                       " @while (true) {text}\n"
                       "                ^\n"
-                      "hint: --memory-limit=MIB gives it more\n"}));
+                      "hint: --limit-memory=MIB gives it more\n"}));
 }
 
 TEST_F(ToolLimits, ReportsAnInputThatTheMemoryCannotHoldWithoutASanitizer) {
     Write("a.qz", std::string(60'000'000, ' '));
-    EXPECT_EQ(Run({"--memory-limit=60", "a.qz"}),
-              (Result{1, "", "qzexpand: the memory ran out\n"}));
+    EXPECT_EQ(Run({"--limit-memory=60", "a.qz"}),
+              (Result{3, "",
+                      "qzexpand: the memory ran out\n"
+                      "hint: --limit-memory=MIB gives it more\n"}));
 }
 
 TEST_F(ToolLimits, LetsASegmentationFaultOfAnotherKindEndItWithoutASanitizer) {
     Process process(m_folder, {"-"}, "@println(go) @while (true) { }", {});
     process.WaitForOutput();
     process.Signal(SIGSEGV);
-    EXPECT_EQ(process.Wait(), (Result{-SIGSEGV, "go\n", ""}));
+    EXPECT_EQ(process.Wait(), (Result{-SIGSEGV, "", "go\n"}));
 }
 #endif
 
@@ -177,7 +218,7 @@ TEST_F(ToolSignals, EndItAtOnceBySignal) {
         Process process(m_folder, {"-o", "out"}, "@println(go) @while (true) { }", {});
         process.WaitForOutput();
         process.Signal(signal);
-        EXPECT_EQ(process.Wait(), (Result{-signal, "go\n", ""}));
+        EXPECT_EQ(process.Wait(), (Result{-signal, "", "go\n"}));
         EXPECT_EQ(FileNames(), Names{});
     }
 }
@@ -186,12 +227,12 @@ TEST_F(ToolSignals, StayIgnoredWhereTheCallerIgnoresThem) {
     const auto setUp = [] {
         ::signal(SIGINT, SIG_IGN);
     };
-    Process process(m_folder, {"--time-limit=1"}, "@println(go) @while (true) { }", setUp);
+    Process process(m_folder, {"--limit-time=1"}, "@println(go) @while (true) { }", setUp);
     process.WaitForOutput();
     process.Signal(SIGINT);
     const Result result = process.Wait();
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "go\n");
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.out, "");
     EXPECT_NE(result.err.find("the time of 1 s ran out in @"), std::string::npos) << result.err;
 }
 

@@ -83,7 +83,7 @@ TEST_F(ToolMapV3, CopesWithLongLines) {
     for (int i = 0; i < 100'000; ++i)
         text += "n @( 1 ) ";
     Write("in.qz", "@let int n = 5\n" + text);
-    EXPECT_EQ(Run({"in.qz", "-o", "out", "--map", "v3", "--map-format=v3", "--time-limit=20"}),
+    EXPECT_EQ(Run({"in.qz", "-o", "out", "--map", "v3", "--map-format=v3", "--limit-time=20"}),
               (Result{0, "", ""}));
 }
 

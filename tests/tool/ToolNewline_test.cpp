@@ -64,16 +64,14 @@ TEST_F(ToolNewline, WritesBackTheLineEndsOfTheInput) {
 
 TEST_F(ToolNewline, SeesLineEndsWithinLiteralsAsTheyWillBeWritten) {
     EXPECT_EQ(Run({}, "@str(a\r\nb)\r\n"), (Result{0, "\"a\\nb\"\r\n", ""}));
-    EXPECT_EQ(
-        Run({}, "a\r\n'b\r\n"),
-        (Result{
-            1, "",
-            "<stdin>(2) : Met line feed within single quoted string "
-            "after reading 'b\n"
-            "'b\n"
-            "  ^\n"
-            "hint: a lone apostrophe begins a string, which has to end on its line; apostrophes may"
-            " stand in comments and in \"strings\"\n"}));
+    EXPECT_EQ(Run({}, "a\r\n'b\r\n"),
+              (Result{1, "",
+                      "<stdin>(2) : Met line feed within single quoted string "
+                      "after reading 'b\n"
+                      "'b\n"
+                      "  ^\n"
+                      "hint: a lone apostrophe begins a string, which has to end on its line; "
+                      "apostrophes may stand in comments and in \"strings\"\n"}));
 }
 
 TEST_F(ToolNewline, LeavesTextsWithOtherLineEndsAsTheyAre) {
@@ -95,7 +93,7 @@ TEST_F(ToolNewline, ReportsErrorsOfSuchTextsAtTheirColumn) {
 
 TEST_F(ToolNewline, PrintsLineFeedsAlone) {
     const Result result = Run({}, "@println(a\r\nb)\r\nc\r\n");
-    EXPECT_EQ(result, (Result{0, "a\nb\nc\r\n", ""}));
+    EXPECT_EQ(result, (Result{0, "c\r\n", "a\nb\n"}));
 }
 
 TEST_F(ToolNewline, LeavesTheValuesOfDefinitionsAsTheyAre) {

@@ -40,7 +40,18 @@ TEST_F(ToolPython, MayBeDefinedWithoutTheOptionAsLongAsItIsNotUsed) {
 TEST_F(ToolPython, RunsWithTheOption) {
     EXPECT_EQ(Run({"--python"}, "@runpython {\nprint 'note'\nn = 2\n}\n"
                                 "@defpython f(x) = x * n\nf(21)\n"),
-              (Result{0, "note\n42\n", ""}));
+              (Result{0, "42\n", "note\n"}));
+}
+
+TEST_F(ToolPython, PrintsToStandardErrorInEachOfItsWays) {
+    EXPECT_EQ(Run({"--python"}, "@runpython {\n"
+                                "import os, sys\n"
+                                "sys.stdout.write('one\\n')\n"
+                                "os.write(1, 'two\\n')\n"
+                                "os.system('echo three')\n"
+                                "sys.__stdout__.write('four\\n')\n"
+                                "}\ntext\n"),
+              (Result{0, "text\n", "one\ntwo\nthree\nfour\n"}));
 }
 
 TEST_F(ToolPython, IsNoBurdenToATextWithoutIt) {
@@ -68,7 +79,7 @@ TEST_F(ToolPython, IsEndedAtOnceBySignals) {
                         "@runpython {\nsys.stdout.write('go')\nwhile True:\n  pass\n}\n", {});
         process.WaitForOutput();
         process.Signal(signal);
-        EXPECT_EQ(process.Wait(), (Result{-signal, "go", ""}));
+        EXPECT_EQ(process.Wait(), (Result{-signal, "", "go"}));
     }
 }
 
@@ -76,7 +87,7 @@ TEST_F(ToolPython, IsEndedBySignalWhereItsReaderHasGone) {
     const auto setUp = [] {
         int ends[2];
         if (::pipe(ends) == 0) {
-            ::dup2(ends[1], 1);
+            ::dup2(ends[1], 2);
             ::close(ends[0]);
             ::close(ends[1]);
         }
@@ -86,10 +97,28 @@ TEST_F(ToolPython, IsEndedBySignalWhereItsReaderHasGone) {
 }
 
 TEST_F(ToolPython, IsEndedByTheTimeLimit) {
-    EXPECT_EQ(Run({"--python", "--time-limit=1"}, "\n@runpython {\nwhile True:\n  pass\n}\n"),
-              (Result{1, "",
+    EXPECT_EQ(Run({"--python", "--limit-time=1"}, "\n@runpython {\nwhile True:\n  pass\n}\n"),
+              (Result{3, "",
                       "<stdin>(2) : the time of 1 s ran out in @runpython\n"
-                      "hint: --time-limit=SECONDS gives it more\n"}));
+                      "hint: --limit-time=SECONDS gives it more\n"}));
 }
+
+#if !defined(QZ_SANITIZED)
+TEST_F(ToolPython, IsEndedByTheMemoryLimitWithoutASanitizer) {
+    EXPECT_EQ(Run({"--python", "--limit-memory=200"}, "@runpython {\nx = 'a' * (1 << 30)\n}\n"),
+              (Result{3, "",
+                      "<stdin>(1) : RunPython error: Traceback (most recent call last):\n"
+                      "  File \"\", line 1, in <module>\n"
+                      "    \n"
+                      "MemoryError\n"
+                      "\n"
+                      "    in @runpython()\n"
+                      "x = 'a' * (1 << 30)\n"
+                      "\n"
+                      "@runpython {\n"
+                      "^\n"
+                      "hint: --limit-memory=MIB gives it more\n"}));
+}
+#endif
 
 }  // namespace

@@ -111,8 +111,11 @@ void Process::Signal(int signal) const {
 }
 
 void Process::WaitForOutput() {
-    pollfd polled{m_out, POLLIN, 0};
-    ::poll(&polled, 1, 60'000);
+    std::array<pollfd, 2> polled = {
+        pollfd{m_out, POLLIN, 0},
+        pollfd{m_err, POLLIN, 0}
+    };
+    ::poll(polled.data(), polled.size(), 60'000);
 }
 
 // Reads both streams until the process has closed them, or the time is over.

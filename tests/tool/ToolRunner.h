@@ -47,7 +47,7 @@ public:
 
     void Signal(int signal) const;
 
-    // Waits until the process has written something to standard output.
+    // Waits until the process has written something.
     void WaitForOutput();
 
     Result Wait();

@@ -35,7 +35,7 @@ TEST_F(ToolUsage, ShowsHelpOnStandardOutput) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out.rfind("usage: qzexpand [OPTION]... [FILE]\n", 0), 0u);
-    EXPECT_EQ(result.out.substr(result.out.size() - 22), "2 after a wrong call.\n");
+    EXPECT_EQ(result.out.substr(result.out.size() - 19), ", 3 after a limit.\n");
 }
 
 TEST_F(ToolUsage, FailsWhereHelpCannotBeWritten) {

@@ -1,10 +1,6 @@
 #include "CheckRun.h"
 
 #include <cerrno>
-#include <cstdio>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include "common/Fault.h"
 #include "common/Files.h"
@@ -25,25 +21,6 @@ bool CheckFile(const std::string& path, vorn::SubString bytes) {
     WriteFile("-", ToSubString(FormatDiffHeader(path, isThere)
                                + FormatHunks(ToView(old), ToView(bytes))));
     return false;
-}
-
-MutedOutput::MutedOutput() : m_output(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
-    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (nowhere < 0)
-        ThrowSystemFault("/dev/null", errno);
-    ::dup2(nowhere, STDOUT_FILENO);
-    if (nowhere != STDOUT_FILENO)
-        ::close(nowhere);
-}
-
-MutedOutput::~MutedOutput() {
-    std::fflush(stdout);
-    if (m_output < 0) {
-        ::close(STDOUT_FILENO);
-        return;
-    }
-    ::dup2(m_output, STDOUT_FILENO);
-    ::close(m_output);
 }
 
 }  // namespace qztools

@@ -11,16 +11,4 @@ namespace qztools {
 // whether there is none. Throws Fault.
 bool CheckFile(const std::string& path, vorn::SubString bytes);
 
-// Sends standard output nowhere until the end of the scope.
-class MutedOutput {
-public:
-    MutedOutput();
-    ~MutedOutput();
-    MutedOutput(const MutedOutput&) = delete;
-    MutedOutput& operator=(const MutedOutput&) = delete;
-
-private:
-    int m_output;  // below 0 where it was closed
-};
-
 }  // namespace qztools

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "GuardedStack.h"
+#include "Status.h"
 #include "StopReport.h"
 #include "common/Fault.h"
 #include "common/Temporary.h"
@@ -29,12 +30,12 @@ struct sigaction s_oldFaultAction {};
 [[noreturn]] void Stop(const Bound& bound, long amount, const void* low) {
     WriteStopReport(*s_session, bound, amount, low, s_stack->High());
     RemoveTemporaryForGood();
-    ::_exit(1);
+    ::_exit(s_statusLimit);
 }
 
 void OnFault(int signal, siginfo_t* info, void*) {
     static constexpr Bound s_bound = {"the stack of ", " MiB ran out",
-                                      "--stack-limit=MIB gives it more"};
+                                      "--limit-stack=MIB gives it more"};
     if (s_stack->IsInGuard(info->si_addr))
         Stop(s_bound, static_cast<long>(s_stack->Mebibytes()), s_stack->Low());
     // A fault of the program itself comes again, with the handler of before. What another process
@@ -46,12 +47,23 @@ void OnFault(int signal, siginfo_t* info, void*) {
 
 void OnTime(int) {
     static constexpr Bound s_bound = {"the time of ", " s ran out",
-                                      "--time-limit=SECONDS gives it more"};
+                                      "--limit-time=SECONDS gives it more"};
     const void* here = __builtin_frame_address(0);
     if (s_stack->Holds(here))
         Stop(s_bound, s_session->options.timeLimit, here);
     ::pthread_kill(s_thread, SIGALRM);  // another thread was interrupted: this is for the right one
 }
+
+}  // namespace
+
+void StopAtPrinted(long mebibytes) {
+    static constexpr Bound s_bound = {"the printed text of ", " MiB is full",
+                                      "--limit-output=MIB gives it more"};
+    const void* here = __builtin_frame_address(0);
+    Stop(s_bound, mebibytes, s_stack->Holds(here) ? here : s_stack->High());
+}
+
+namespace {
 
 // Whatever else arrives meanwhile, such as the same signal from the terminal and from a process
 // that has started this one, has to wait until the file has been removed.

@@ -17,6 +17,9 @@ namespace qztools {
 // returns its result. One call at a time. Throws Fault.
 int RunWithinLimits(const Session& session, const std::function<int()>& action);
 
+// Ends the process because the text has printed more than so many MiB.
+[[noreturn]] void StopAtPrinted(long mebibytes);
+
 // The signals by which a user or the system ends a process.
 inline constexpr int s_endingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU};
 

@@ -43,16 +43,17 @@ const char s_help[] =
     "  --line-markers        put #line directives into the output\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
-    "  --stack-limit MIB     the stack for nested macros (8)\n"
-    "  --memory-limit MIB    the memory in all, 0 for no limit (most of the machine's)\n"
-    "  --time-limit SECONDS  the time in all, 0 for no limit (0)\n"
+    "  --limit-stack MIB     the stack for nested macros (8)\n"
+    "  --limit-memory MIB    the memory in all, 0 for no limit (most of the machine's)\n"
+    "  --limit-output MIB    the expansion, 0 for no limit (0)\n"
+    "  --limit-time SECONDS  the time in all, 0 for no limit (0)\n"
     "  --backtrace=all       show all lines of context of an error, also of a long one\n"
     "  --color=WHEN          colour reports: auto (on a terminal), always or never\n"
     "  --diagnostics=json    report for editors: one JSON object a line\n"
     "  --warn-unknown        warn of an @name that is neither a directive nor a variable\n"
     "  --help, --version     show this text, or the version\n"
     "\n"
-    "The status is 0 when all went well, 1 after an error, 2 after a wrong call.\n";
+    "The status is 0 when all went well, 1 after an error, 2 after a wrong call, 3 after a limit.\n";
 
 namespace {
 
@@ -227,22 +228,24 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char*) { o.action = Options::Action::Help; }},
     {0, "imports", true,
      [](Options& o, const char* s) { o.imports = ParseWord("--imports", s_importsWords, s); }},
+    {0, "limit-memory", true,
+     [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--limit-memory", 0, s); }},
+    {0, "limit-output", true,
+     [](Options& o, const char* s) { o.outputLimit = ParseLimit("--limit-output", 0, s); }},
+    {0, "limit-stack", true,
+     [](Options& o, const char* s) { o.stackLimit = ParseLimit("--limit-stack", 1, s); }},
+    {0, "limit-time", true,
+     [](Options& o, const char* s) { o.timeLimit = ParseLimit("--limit-time", 0, s); }},
     {0, "line-markers", false,
      [](Options& o, const char*) { o.lineMarkers = true; }},
     {0, "map", true,
      [](Options& o, const char* s) { o.map = s; }},
     {0, "map-format", true,
      [](Options& o, const char* s) { o.mapFormat = ParseWord("--map-format", s_mapFormatWords, s); }},
-    {0, "memory-limit", true,
-     [](Options& o, const char* s) { o.memoryLimit = ParseLimit("--memory-limit", 0, s); }},
     {0, "newline", true,
      [](Options& o, const char* s) { o.newlines = ParseWord("--newline", s_newlineWords, s); }},
     {0, "python", false,
      [](Options& o, const char*) { o.allowPython = true; }},
-    {0, "stack-limit", true,
-     [](Options& o, const char* s) { o.stackLimit = ParseLimit("--stack-limit", 1, s); }},
-    {0, "time-limit", true,
-     [](Options& o, const char* s) { o.timeLimit = ParseLimit("--time-limit", 0, s); }},
     {0, "version", false,
      [](Options& o, const char*) { o.action = Options::Action::Version; }},
     {0, "warn-unknown", s_optionalArgument,

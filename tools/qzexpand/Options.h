@@ -58,6 +58,7 @@ struct Options {
     long stackLimit = 8;    // in MiB, not 0
     long memoryLimit = -1;  // in MiB; below 0: most of what the machine has
     long timeLimit = 0;     // in seconds
+    long outputLimit = 0;   // in MiB
 
     ReportStyle reportStyle{};
     Unknown unknownNames = Unknown::Keep;

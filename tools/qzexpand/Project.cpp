@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 
+#include "Limits.h"
 #include "Newlines.h"
 #include "common/Fault.h"
 #include "common/Views.h"
@@ -19,19 +20,33 @@ using namespace vorn;
 
 namespace {
 
-// Appends to a string, or to nothing where that is null.
-class Sink final : public IOutputStream {
+// What a sink throws in the middle of an expansion that has become too long.
+struct TooLong {};
+
+// Appends to a string, and keeps count of the output.
+class StringSink final : public IOutputStream {
 public:
-    explicit Sink(xstring* text) : m_text(text) {}
+    StringSink(xstring& text, const Options& options, ssize_t& outputSize)
+        : m_text(text), m_options(options), m_outputSize(outputSize) {}
     void WriteStream(const void* p, ssize_t n) override {
         const auto* bytes = static_cast<const char*>(p);
-        if (m_text != nullptr)
-            m_text->append(bytes, bytes + n);
+        m_outputSize += n;
+        if (IsTooLong(m_options, m_outputSize))
+            throw TooLong();
+        m_text.append(bytes, bytes + n);
     }
     void FlushStream() override {}
 
 private:
-    xstring* m_text;
+    xstring& m_text;
+    const Options& m_options;
+    ssize_t& m_outputSize;
+};
+
+class NullSink final : public IOutputStream {
+public:
+    void WriteStream(const void*, ssize_t) override {}
+    void FlushStream() override {}
 };
 
 // The start of the last piece that stands for a place in a text; null if there is none.
@@ -63,15 +78,18 @@ const SourceText& Project::AddText(File& file, const char* importedAt) {
 Expansion Project::ExpandFile(File file, const char* importedAt, VarFrame* vf) {
     const SourceText& text = AddText(file, importedAt);
     Expansion expansion;
-    Sink sink(IsTextUsed(m_open.size()) ? &expansion.text : nullptr);
-    xostream os(sink);
+    StringSink stringSink(expansion.text, m_session.options, m_outputSize);
+    NullSink nullSink;
+    xostream os(IsTextUsed(m_open.size()) ? static_cast<IOutputStream&>(stringSink) : nullSink);
     ExpandedOutput output(os);
     m_open.push_back({&text, file.path, file.id, &output});
     m_session.texts.SetCurrent(text);
     try {
         MacroExpand(this, vf, text.text, 0, 0, output);
     } catch (const std::bad_alloc&) {
-        throw OutOfMemory{LastPosition(output.m_pieces)};
+        throw MemoryRanOut(LastPosition(output.m_pieces));
+    } catch (const TooLong&) {
+        throw OutputIsFull(m_session.options, LastPosition(output.m_pieces));
     } catch (const LexScannerException&) {
         m_unknownNames.Report(output.m_pieces);  // one of them may be what has led to the error
         throw;

@@ -17,17 +17,12 @@
 
 namespace qztools {
 
-// The memory has run out; the position is that of the last text that was written.
-struct OutOfMemory {
-    const char* pos;
-};
-
 class Project final : public vorn::ImportHandler {
 public:
     explicit Project(Session& session) : m_session(session), m_unknownNames(session) {}
 
     // Expands the input that the options name. REQUIRES: called once. Throws LexScannerException,
-    // OutOfMemory and Fault; the last one also for unknown names, where the options refuse them.
+    // LimitReached and Fault; the last one also for unknown names, where the options refuse them.
     Expansion Expand();
 
     bool HandleImportPath(const vorn::xstring& importPath, const char* errorpos) override;
@@ -64,6 +59,7 @@ private:
     UnknownNames m_unknownNames;
     std::vector<OpenFile> m_open;            // outermost first
     std::vector<std::string> m_importPaths;  // of @importpath, in their order
+    vorn::ssize_t m_outputSize = 0;          // what has been written so far
 };
 
 }  // namespace qztools

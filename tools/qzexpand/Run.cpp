@@ -1,6 +1,5 @@
 #include "Run.h"
 
-#include <cstdio>
 #include <new>
 #include <optional>
 #include <string>
@@ -12,12 +11,15 @@
 #include "Depfile.h"
 #include "Expressions.h"
 #include "Guard.h"
+#include "Limits.h"
 #include "LineMarkers.h"
 #include "MapFile.h"
 #include "Newlines.h"
+#include "Printing.h"
 #include "Project.h"
 #include "PythonRun.h"
 #include "Report.h"
+#include "Status.h"
 #include "common/Fault.h"
 #include "common/Files.h"
 #include "common/Views.h"
@@ -27,9 +29,6 @@ namespace qztools {
 using namespace vorn;
 
 namespace {
-
-constexpr int s_statusError = 1;
-constexpr int s_statusDiffers = 1;  // of --check
 
 Expansion Evaluate(Session& session) {
     const std::string& text = session.options.expression;
@@ -73,24 +72,14 @@ Products MakeProducts(Session& session) {
     const bool isTraced = session.options.map || session.options.lineMarkers;
     if (isTraced)
         session.frame.m_textOrigins = &session.origins;
+    const Printing printing(session.options);
     Expansion result = MakeResult(session);
+    printing.Check();
     const LineEnds lineEnds = ChooseLineEnds(*session.texts.Current(), session.options.newlines);
     if (!isTraced)
         return {WriteLineEnds(std::move(result), session.texts, lineEnds, false).bytes, {}};
     Expansion followed = FollowOrigins(std::move(result), session.origins);
     return Trace(session, WriteLineEnds(std::move(followed), session.texts, lineEnds, true));
-}
-
-// For --check, whose output is the difference alone.
-Products MakeProductsSilently(Session& session) {
-    const MutedOutput muted;
-    return MakeProducts(session);
-}
-
-// What the text has printed on its way counts as output: its loss is a failure.
-void CheckPrinted() {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw Fault("standard output: write error");
 }
 
 // A file of the run. What stays the same keeps its time, so that nothing is made again from it.
@@ -113,12 +102,11 @@ void WriteFiles(const Session& session, const Products& products) {
 
 // Returns the exit status.
 int Produce(Session& session) {
-    if (session.options.check) {
-        const Products products = MakeProductsSilently(session);
-        return CheckFile(session.options.output, products.output) ? 0 : s_statusDiffers;
-    }
     const Products products = MakeProducts(session);
-    CheckPrinted();
+    if (IsTooLong(session.options, products.output.size()))
+        throw OutputIsFull(session.options, nullptr);
+    if (session.options.check)
+        return CheckFile(session.options.output, products.output) ? 0 : s_statusDiffers;
     WriteFiles(session, products);
     return 0;
 }
@@ -130,10 +118,14 @@ int ProduceOrReport(Session& session) {
     try {
         return Produce(session);
     } catch (const LexScannerException& e) {
+        if (IsMemoryError(e)) {
+            ReportLimit(session.texts, e, MemoryRanOut(e.m_pos).advice);
+            return s_statusLimit;
+        }
         ReportError(session.texts, e);
-    } catch (const OutOfMemory& e) {
-        ReportLimit(session.texts, LexScannerException("the memory ran out", e.pos),
-                    "--memory-limit=MIB gives it more");
+    } catch (const LimitReached& e) {
+        ReportLimit(session.texts, LexScannerException(e.message, e.pos), e.advice);
+        return s_statusLimit;
     } catch (const Fault& e) {
         ReportFault(e.what());
     }
@@ -144,8 +136,9 @@ int ProduceInMemory(Session& session) {
     try {
         return ProduceOrReport(session);
     } catch (const std::bad_alloc&) {
-        WriteAll(STDERR_FILENO, "qzexpand: the memory ran out\n");
-        return s_statusError;
+        WriteAll(STDERR_FILENO, "qzexpand: the memory ran out\n"
+                                "hint: --limit-memory=MIB gives it more\n");
+        return s_statusLimit;
     }
 }
 

@@ -17,6 +17,7 @@
 #include "EachInput.h"
 #include "Progress.h"
 #include "Report.h"
+#include "Status.h"
 #include "common/Fault.h"
 #include "common/Files.h"
 #include "common/Views.h"
@@ -24,8 +25,6 @@
 namespace qztools {
 
 namespace {
-
-constexpr int s_statusError = 1;
 
 std::size_t NumberOfCores() {
     cpu_set_t cores;

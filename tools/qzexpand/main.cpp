@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "Environment.h"
+#include "Printing.h"
 #include "Report.h"
 #include "Run.h"
 #include "Several.h"
@@ -10,6 +11,7 @@
 
 int main(int argc, char** argv) {
     using namespace qztools;
+    OccupyStandardStreams();
     std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is an error like a full disk
     const bool takesColor = TerminalTakesColor();
     Options options;
