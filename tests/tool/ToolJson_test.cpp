@@ -86,22 +86,22 @@ TEST_F(ToolJson, HoldsWhatIsNoErrorOfAText) {
 }
 
 TEST_F(ToolJson, HoldsTheEndOfARunAtItsLimits) {
-    EXPECT_EQ(ReportOf({"--stack-limit=1"}, "@def a = a\n a\n"), Json::parse(R"({
+    EXPECT_EQ(ReportOf({"--limit-stack=1"}, "@def a = a\n a\n"), Json::parse(R"({
         "severity": "error", "file": "<stdin>", "line": 1, "column": 10,
         "message": "the stack of 1 MiB ran out in macro a",
         "context": ["<stdin>(2) : in macro a"],
-        "hints": ["--stack-limit=MIB gives it more"], "imports": []
+        "hints": ["--limit-stack=MIB gives it more"], "imports": []
     })"));
-    EXPECT_EQ(ReportOf({"--stack-limit=1", "--eval", std::string(100'000, '(')}), Json::parse(R"({
+    EXPECT_EQ(ReportOf({"--limit-stack=1", "--eval", std::string(100'000, '(')}), Json::parse(R"({
         "severity": "error", "file": "<--eval>",
         "message": "the stack of 1 MiB ran out",
-        "context": [], "hints": ["--stack-limit=MIB gives it more"], "imports": []
+        "context": [], "hints": ["--limit-stack=MIB gives it more"], "imports": []
     })"));
     Write("\"\\\x1b.qz", "@while (true) {}");
-    EXPECT_EQ(ReportOf({"--time-limit=1", "\"\\\x1b.qz"}), Json::parse(R"({
+    EXPECT_EQ(ReportOf({"--limit-time=1", "\"\\\x1b.qz"}), Json::parse(R"({
         "severity": "error", "file": "\"\\\\x1b.qz", "line": 1, "column": 1,
         "message": "the time of 1 s ran out in @while",
-        "context": [], "hints": ["--time-limit=SECONDS gives it more"], "imports": []
+        "context": [], "hints": ["--limit-time=SECONDS gives it more"], "imports": []
     })"));
 }
 
