@@ -78,7 +78,7 @@ protected:
 
 TEST_F(ToolHermetic, LeavesTheSameBytesInEveryFolderAndEnvironment) {
     const Left expected = Call("here", "");
-    EXPECT_EQ(expected.result, (Result{0, "printed\n", ""}));
+    EXPECT_EQ(expected.result, (Result{0, "", "printed\n"}));
     EXPECT_EQ(expected.depfile, "out.txt: a.qz lib/b.qz\nlib/b.qz:\n");
     EXPECT_NE(expected.output.find("81250000000.1"), std::string::npos) << expected.output;
     for (const std::string& variables : s_environments)

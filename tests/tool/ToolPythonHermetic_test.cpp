@@ -34,10 +34,9 @@ TEST_F(ToolPythonHermetic, SeesNothingOfTheEnvironment) {
                              "print sys.flags.optimize, sys.flags.verbose, __debug__\n"
                              "print locale.setlocale(locale.LC_ALL, '')\n"
                              "}\n";
-    const Result expected{0,
+    const Result expected{0, "",
                           "['HOME', 'PYTHONDONTWRITEBYTECODE']\n0\n[]\n"
-                          "12416037344 set(['a', 'y', 'b', 'zz']) i 1.5\n0 0 True\nC\n",
-                          ""};
+                          "12416037344 set(['a', 'y', 'b', 'zz']) i 1.5\n0 0 True\nC\n"};
     Write("evil/evil.py", "");
     Write("evil/sitecustomize.py", "import evil\nprint 'evil'\n");
     Write("evil/usercustomize.py", "import evil\nprint 'evil'\n");
@@ -63,14 +62,14 @@ TEST_F(ToolPythonHermetic, TakesNoModulesFromTheWorkingDirectory) {
     Write("os.py", "");
     Write("json.py", "print 'wrong'\n");
     EXPECT_EQ(Run({"--python"}, "@runpython {\nimport json\nprint json.dumps(1)\n}\n"),
-              (Result{0, "1\n", ""}));
+              (Result{0, "", "1\n"}));
     EXPECT_EQ(FileNames(), (std::vector<std::string>{"json.py", "lib", "os.py"}));
 }
 
 TEST_F(ToolPythonHermetic, WritesNoFilesBesideModules) {
     Write("m.py", "n = 7\n");
     EXPECT_EQ(Run({"--python"}, "@runpython {\nsys.path.append('.')\nimport m\nprint m.n\n}\n"),
-              (Result{0, "7\n", ""}));
+              (Result{0, "", "7\n"}));
     EXPECT_EQ(FileNames(), std::vector<std::string>{"m.py"});
 }
 

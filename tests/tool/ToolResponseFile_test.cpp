@@ -17,11 +17,11 @@ class ToolArguments : public ToolTest {};
 TEST_F(ToolArguments, MayStandInEveryOrderAndForm) {
     Write("a.qz", "n");
     const std::vector<std::string> calls[] = {
-        {"-D",    "n=1",   "-o",       "out",      "a.qz"},
-        {"a.qz",       "-Dn=1",         "-oout"     },
-        {"-Dn=1", "-oout", "--",       "a.qz"},
-        {"--imp", "keep",  "-Dn=1",    "-oout",     "a.qz"},
-        {"--stack=9",       "-Dn=1",    "-oout", "a.qz"   },
+        {"-D",    "n=1",   "-o",         "out",    "a.qz"},
+        {"a.qz",       "-Dn=1",         "-oout"       },
+        {"-Dn=1", "-oout", "--",         "a.qz"},
+        {"--imp", "keep",  "-Dn=1",      "-oout",   "a.qz"},
+        {"--limit-s=9",       "-Dn=1",  "-oout", "a.qz" },
     };
     for (const std::vector<std::string>& call : calls) {
         Write("out", "");

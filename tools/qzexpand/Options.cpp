@@ -53,7 +53,8 @@ const char s_help[] =
     "  --warn-unknown        warn of an @name that is neither a directive nor a variable\n"
     "  --help, --version     show this text, or the version\n"
     "\n"
-    "The status is 0 when all went well, 1 after an error, 2 after a wrong call, 3 after a limit.\n";
+    "The status is 0 when all went well, 1 after an error, 2 after a wrong call, 3 after a "
+    "limit.\n";
 
 namespace {
 
