@@ -113,7 +113,9 @@ TEST_F(ToolHints, ExplainWhatExpressionsWant) {
     EXPECT_EQ(HintsFor("@if (1) {}"),
               "hint: a number is neither true nor false; compare it, as in n != 0\n");
     EXPECT_EQ(HintsFor("@let int n = 1\n@if (n = 2) {}"),
-              "hint: = assigns, which no expression can; == compares\n");
+              "hint: an expression cannot assign; == compares, and @let changes a variable\n");
+    EXPECT_EQ(HintsFor("@let string s = 1"), "hint: string(n) makes a string of the number n\n");
+    EXPECT_EQ(HintsFor("@fail(1.5)"), "hint: string(n) makes a string of the number n\n");
 }
 
 TEST_F(ToolHints, NameTheBracketThatIsNotClosed) {

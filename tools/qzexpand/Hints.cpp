@@ -143,12 +143,19 @@ std::string ExplainJoin(const Situation& s) {
     return isJoin ? ForExpression(s, "string(n) makes a string of the number n") : "";
 }
 
+std::string ExplainString(const Situation& s) {
+    const bool isNumber = s.message == "No implicit conversion from int64 to string"
+                          || s.message == "No implicit conversion from float64 to string";
+    return isNumber ? ForExpression(s, "string(n) makes a string of the number n") : "";
+}
+
 std::string ExplainCondition(const Situation& s) {
     return ForExpression(s, "a number is neither true nor false; compare it, as in n != 0");
 }
 
 std::string ExplainAssignment(const Situation& s) {
-    return ForExpression(s, "= assigns, which no expression can; == compares");
+    return ForExpression(s,
+                         "an expression cannot assign; == compares, and @let changes a variable");
 }
 
 // ---- directives --------------------------------------------------------------------------------
@@ -187,6 +194,7 @@ constexpr HintRow s_hints[] = {
     {"Incompatible types (",                               ExplainJoin           },
     {"Unexpected ",                                        ExplainUnexpectedMinus},
     {"No implicit conversion from int64 to bool",          ExplainCondition      },
+    {"No implicit conversion from ",                       ExplainString         },
     {"Can't assign to ",                                   ExplainAssignment     },
     {"@import statement not allowed here",                 ExplainImport         },
     {"@importpath statement not allowed here",             ExplainImport         },
