@@ -12,6 +12,7 @@
 #include "Remap.h"
 #include "common/Fault.h"
 #include "common/Files.h"
+#include "common/Temporary.h"
 #include "common/Views.h"
 #include "common/Visible.h"
 
@@ -28,6 +29,20 @@ void Report(const std::string& message) {
 
 void Show(const std::string& text) {
     WriteFile("-", ToSubString(text));
+}
+
+// A page that is only half written does not stay behind.
+void EndBySignal(int signal) {
+    RemoveTemporaryForGood();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// A signal that the caller ignores stays ignored.
+void CatchSignals() {
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU})
+        if (std::signal(signal, EndBySignal) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
 }
 
 // Every map is checked, also behind one that fails.
@@ -60,6 +75,7 @@ int Run(const Options& options) {
     case Options::Command::Check:
         return CheckAll(options);
     case Options::Command::Html:
+        CatchSignals();
         WriteFile(options.page, ToSubString(MakePage(options)));
         break;
     }
