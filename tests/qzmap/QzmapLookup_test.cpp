@@ -241,6 +241,12 @@ TEST_F(QzmapLookup, ShowsAPathThatFollowsLinksAsItStands) {
     EXPECT_EQ(Found({"1:1"}), "deep/down/../a.qz:1:1: copied\ntext\n^\n");
 }
 
+TEST_F(QzmapLookup, ReadsAMapFromStandardInput) {
+    WriteFiles(EveryKind());
+    EXPECT_EQ(Qzmap({"lookup", "-", "1:2"}, Read("a.cpp.map")),
+              (Result{0, "a.cpp.qz:2:2: copied\n#include <cstdio>\n ^\n", ""}));
+}
+
 TEST_F(QzmapLookup, IsToldWhereAnOutputIsThatWentToStandardOutput) {
     Composition a("-");
     a.AddFile("a.qz", "text\n");

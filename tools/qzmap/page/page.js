@@ -108,7 +108,12 @@ function paintAll() {
 }
 
 // The stretches that came from chosen ranges, in the order of the output.
-function placesOf({stretch, source, ranges: chosen}) {
+function placesOf(chosen) {
+  chosen.places ??= collectPlaces(chosen);
+  return chosen.places;
+}
+
+function collectPlaces({stretch, source, ranges: chosen}) {
   if (stretch >= 0 || chosen.length === 0)
     return [];
   const all = chosen.flatMap(r => [...ranges[source].placesOf(r)]);
@@ -208,7 +213,8 @@ function stepPlace(step) {
   if (lit.ranges.length === 0)
     return;
   const from = lit.stretch;
-  lit = {...lit, stretch: -1};  // from here on, all that came from the same range
+  const {source, ranges: chosen} = lit;
+  lit = {stretch: -1, source, ranges: chosen};  // all that came from the same range
   const places = placesOf(lit);
   place = ((from < 0 ? place : places.indexOf(from)) + step + places.length) % places.length;
   revealCounterpart();
