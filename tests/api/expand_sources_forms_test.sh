@@ -15,7 +15,9 @@ a;b $c "d" 'e' \f #g %h &i|j* ;|one;two|"here"
 END
 diff "$texts/second/text.txt" <(echo second)
 diff "$texts/made/late.txt" <(echo '@import "later.qz"very delayed')
-diff "$dir/out/qz/others/first/text.txt" <(echo '1|2|"there"')
+others=$dir/out/qz/others
+diff "$others/first/text.txt" <(echo '1|2|"there"')
+quietly "$dir/prefix/bin/qzmap" check "$others/first/text.txt.map"
 if [ "$python" = ON ]; then
-    diff "$dir/out/qz/others/second/python.txt" <(echo '[0,1,4,9]')
+    diff "$others/second/python.txt" <(echo '[0,1,4,9]')
 fi
