@@ -37,7 +37,7 @@ expect_field $tools Section '^utils$'
 expect_field $tools Depends "(^|, )$library $same(, |\$)"
 expect_field $tools Depends '(^|, )libstdc\+\+6 \(>= '
 for package in $library $development $tools; do
-    expect_field $package Maintainer '^[A-Za-z ]+$'
+    expect_field $package Maintainer '^The qzMacroExpander authors$|<.+@.+>$'
     expect_field $package Description '^macro language for any source text - '
 done
 if ldd "$build/qzMacroExpander/libqzMacroExpander.so" | grep -q libpython2.7; then
