@@ -133,3 +133,8 @@ edit CMakeLists.txt 's/int:width=8/int:width=9/'
 expect_build "a definition" "$all_texts" "banner.cpp"
 expect_program 'Ada; and $others, a brush of 9: very violet'
 expect_nothing "a definition"
+
+sleep 0.05
+touch "$dir/prefix/bin/qzexpand"
+expect_build "another tool" "$all_texts" ""
+expect_nothing "another tool"
