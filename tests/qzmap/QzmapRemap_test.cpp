@@ -300,6 +300,17 @@ TEST_F(QzmapRemap, RewritesTheStartOfAVeryLongLineAndLetsTheRestThrough) {
                 == "a.cpp.qz:3:5: " + rest + " a.cpp:2:5:\na.cpp.qz:3:5: y\n");
 }
 
+TEST_F(QzmapRemap, RewritesALineThatIsFullOfPlaces) {
+    WriteFiles(EveryKind());
+    std::string line;
+    std::string expected;
+    for (int i = 0; i < 20'000; ++i) {
+        line += "\x1b[1ma.cpp:2:5 ";
+        expected += "\x1b[1ma.cpp.qz:3:5 ";
+    }
+    EXPECT_TRUE(Remapped(line + "\n") == expected + "\n");
+}
+
 TEST_F(QzmapRemap, ReadsNoNumberThatIsCut) {
     Composition a("a.cpp");
     a.AddFile("a.qz", "x\n" + std::string(20, '\n'));

@@ -43,11 +43,12 @@ def start_browser():
     return webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
 
 
-def make_page(folder, options=()):
-    """Expands a.cpp.qz in the folder and makes the page of its map."""
+def make_page(folder, files):
+    """Writes the files into the folder, expands a.cpp.qz and makes the page of its map."""
+    for name, content in files.items():
+        (folder / name).write_bytes(content)
     run = dict(cwd=folder, check=True)
-    subprocess.run([os.environ["QZEXPAND"], "--map", "a.map", "-o", "a.cpp", *options, "a.cpp.qz"],
-                   **run)
+    subprocess.run([os.environ["QZEXPAND"], "--map", "a.map", "-o", "a.cpp", "a.cpp.qz"], **run)
     subprocess.run([os.environ["QZMAP"], "html", "a.map", "-o", "page.html"], **run)
     return (folder / "page.html").as_uri()
 
@@ -58,12 +59,13 @@ class Page(unittest.TestCase):
         cls.browser = start_browser()
         cls.addClassCleanup(cls.browser.quit)
 
-    def open(self, files, options=()):
+    def open(self, files):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        for name, content in files.items():
-            (pathlib.Path(folder.name) / name).write_bytes(content)
-        self.browser.get(make_page(pathlib.Path(folder.name), options))
+        self.show(make_page(pathlib.Path(folder.name), files))
+
+    def show(self, page):
+        self.browser.get(page)
         self.wait(lambda: self.script("return document.documentElement.dataset.ready") == "yes")
 
     def tearDown(self):
@@ -358,8 +360,7 @@ class Bytes(Page):
         self.open({"a.cpp.qz": b"@def unused = 1"})
         self.assertEqual(self.texts("#output .empty"), ["a.cpp is empty."])
         self.pane("output").send_keys(Keys.ARROW_RIGHT, Keys.ENTER, "n")
-        self.stretches = self.texts("#source .s")
-        self.assertEqual(self.stretches, [])
+        self.assertEqual(self.texts("#source .s"), [])
         self.pane("source").send_keys(Keys.ARROW_RIGHT, Keys.ARROW_DOWN, Keys.END, Keys.ENTER)
 
     def test_a_long_line_goes_on_in_the_next_row(self):
@@ -390,8 +391,15 @@ row(@(i), entry)
 the last line
 """
 
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.page = make_page(pathlib.Path(folder.name), {"a.cpp.qz": cls.TEXT})
+
     def setUp(self):
-        self.open({"a.cpp.qz": self.TEXT})
+        self.show(self.page)
         self.assertGreater(self.script("return outputBytes.length"), 5_000_000)
 
     def rows(self):

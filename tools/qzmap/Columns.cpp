@@ -88,6 +88,12 @@ Stop WalkTo(std::string_view line, std::int64_t byte, std::int64_t column) {
 
 constexpr std::int64_t s_any = INT64_MAX;
 
+// Whether the units are the same up to a byte.
+bool IsPlain(std::string_view line, std::int64_t byte) {
+    const std::string_view before = line.substr(0, static_cast<std::size_t>(byte));
+    return std::all_of(before.begin(), before.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 }  // namespace
 
 std::string ExpandTabs(std::string_view line) {
@@ -105,6 +111,9 @@ std::string ExpandTabs(std::string_view line) {
 std::int64_t Columns::ByteOf(std::string_view line, std::int64_t column) {
     const auto size = static_cast<std::int64_t>(line.size());
     const std::int64_t byte = std::min(column - 1, size);
+    m_last = m_unit == ColumnUnit::Guessed ? m_guess : m_unit;
+    if (IsPlain(line, byte))
+        return byte;
     const Stop atColumn = WalkTo(line, s_any, column);
     const bool fitsBytes = column - 1 <= size && WalkTo(line, column - 1, s_any).byte == column - 1;
     const bool fitsDisplay = atColumn.column == column;
@@ -115,7 +124,8 @@ std::int64_t Columns::ByteOf(std::string_view line, std::int64_t column) {
 }
 
 std::int64_t Columns::ColumnOf(std::string_view line, std::int64_t byte) const {
-    return m_last == ColumnUnit::Bytes ? byte + 1 : WalkTo(line, byte, s_any).column;
+    const bool isSame = m_last == ColumnUnit::Bytes || IsPlain(line, byte);
+    return isSame ? byte + 1 : WalkTo(line, byte, s_any).column;
 }
 
 }  // namespace qztools

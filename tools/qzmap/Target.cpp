@@ -1,5 +1,6 @@
 #include "Target.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -40,12 +41,13 @@ Target::Target(std::string mapPath, const Whereabouts& whereabouts)
 namespace {
 
 constexpr std::size_t s_longestPath = 4096;
-constexpr int s_mostStarts = 32;  // of names that could end at one place
+constexpr int s_mostStarts = 8;  // of names that could end at one place
 
 bool EndsWithColour(std::string_view s) {
     constexpr std::size_t s_longestColour = 32;
+    s.remove_prefix(s.size() - std::min(s.size(), s_longestColour));
     const std::size_t escape = s.rfind('\x1b');
-    return escape != std::string_view::npos && s.size() - escape <= s_longestColour
+    return escape != std::string_view::npos
            && SizeOfSequence(s.substr(escape)) == s.size() - escape;
 }
 
