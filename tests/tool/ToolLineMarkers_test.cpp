@@ -88,7 +88,7 @@ constexpr Case s_cases[] = {
  // The first byte that is not blank decides, be it that of an argument.
     {"@def f(a) =\n{\n    a\n    b\n}\nf(x)\n", "#line 6 \"a.qz\"\nx\n#line 4 \"a.qz\"\nb\n"                        },
  // A byte order mark stays in front.
-    {"@(\"\xef\xbb\xbfp\")\n",             "\xef\xbb\xbf#line 1 \"a.qz\"\np\n"                                 },
+    {"@(\"\xef\xbb\xbfp\")\n",                  "\xef\xbb\xbf#line 1 \"a.qz\"\np\n"                                 },
  // Line ends are those of the output.
     {"one\r\n@// gone\r\nthree\r\n",            "#line 1 \"a.qz\"\r\none\r\n#line 3 \"a.qz\"\r\nthree\r\n"          },
 };
