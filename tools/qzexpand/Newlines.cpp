@@ -11,7 +11,10 @@ using namespace vorn;
 
 namespace {
 
+// An empty text may have no address to search from.
 const char* FindLineFeed(SubString s) {
+    if (s.empty())
+        return s.m_p2;
     const void* found = std::memchr(s.m_p1, '\n', static_cast<std::size_t>(s.size()));
     return found != nullptr ? static_cast<const char*>(found) : s.m_p2;
 }
