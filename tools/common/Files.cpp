@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/Descriptor.h"
 #include "common/Fault.h"
 #include "common/Temporary.h"
 
@@ -23,31 +24,6 @@ using vorn::xstring;
 [[noreturn]] void ThrowSystemFault(const std::string& name, int error) {
     throw Fault(name + ": " + std::strerror(error));
 }
-
-namespace {
-
-// A file descriptor, closed with its scope.
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_fd; }
-
-    // Returns 0 or an errno: what the system has taken but could not keep shows here at last.
-    int Close() {
-        const int fd = m_fd;
-        m_fd = -1;
-        return fd < 0 || ::close(fd) == 0 || errno == EINTR ? 0 : errno;
-    }
-
-private:
-    int m_fd;
-};
-
-}  // namespace
 
 // ---- reading -----------------------------------------------------------------------------------
 
@@ -64,8 +40,6 @@ int ReadToEnd(int fd, xstring& text) {
     }
 }
 
-namespace {
-
 int ReadDescriptor(int fd, xstring& text, FileId& id) {
     struct stat status {};
     if (::fstat(fd, &status) != 0)
@@ -75,8 +49,6 @@ int ReadDescriptor(int fd, xstring& text, FileId& id) {
         text.reserve(status.st_size);
     return ReadToEnd(fd, text);
 }
-
-}  // namespace
 
 int ReadFile(const std::string& path, xstring& text, FileId& id) {
     if (path.find('\0') != std::string::npos)

@@ -21,6 +21,7 @@ struct FileId {
 // the call that failed.
 int ReadFile(const std::string& path, vorn::xstring& text, FileId& id);
 int ReadStandardInput(vorn::xstring& text, FileId& id);
+int ReadDescriptor(int fd, vorn::xstring& text, FileId& id);
 
 // Reads what a file descriptor still has. Returns 0 or an errno.
 int ReadToEnd(int fd, vorn::xstring& text);

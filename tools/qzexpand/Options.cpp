@@ -31,6 +31,7 @@ const char s_help[] =
     "  -D TYPE:NAME=VALUE    define a value of type bool, int, double, char or string\n"
     "  -D '$NAME=VALUE'      define a dollar macro\n"
     "  -I FOLDER             search FOLDER for files that are imported\n"
+    "  --root FOLDER         import nothing from outside FOLDER\n"
     "  --depfile FILE        write the files that are read to FILE, for Make and Ninja\n"
     "  --depfile-target NAME the target in the depfile (the output)\n"
     "  --check               show how FILE would change, and write nothing\n"
@@ -247,6 +248,8 @@ constexpr OptionRow s_options[] = {
      [](Options& o, const char* s) { o.newlines = ParseWord("--newline", s_newlineWords, s); }},
     {0, "python", false,
      [](Options& o, const char*) { o.allowPython = true; }},
+    {0, "root", true,
+     [](Options& o, const char* s) { o.root = s; }},
     {0, "version", false,
      [](Options& o, const char*) { o.action = Options::Action::Version; }},
     {0, "warn-unknown", s_optionalArgument,

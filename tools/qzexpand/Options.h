@@ -50,6 +50,7 @@ struct Options {
     bool lineMarkers = false;
     std::vector<Definition> definitions;
     std::vector<std::string> importFolders;
+    std::optional<std::string> root;  // what imports may not leave
     Imports imports = Imports::Drop;
     Newlines newlines = Newlines::Keep;
     bool allowPython = false;

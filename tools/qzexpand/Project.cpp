@@ -60,6 +60,27 @@ const char* LastPosition(const OutputPieces& pieces) {
 
 }  // namespace
 
+// ---- the project -------------------------------------------------------------------------------
+
+namespace {
+
+// With its slash, as that may be all there is of it.
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+}  // namespace
+
+Project::Project(Session& session) : m_session(session), m_unknownNames(session) {
+    const Options& options = session.options;
+    if (!options.root)
+        return;
+    std::vector<std::string> named = options.importFolders;
+    if (const std::string folder = FolderOf(options.input); !folder.empty())
+        named.push_back(folder);
+    m_root.emplace(*options.root, named);
+}
+
 Expansion Project::Expand() {
     Expansion expansion = ExpandFile(ReadInput(), nullptr, &m_session.frame);
     if (m_session.options.unknownNames == Unknown::Refuse && m_unknownNames.HaveBeenFound())
@@ -127,11 +148,6 @@ std::string Join(const std::string& folder, const std::string& path) {
     return isWhole ? path : folder + (folder.ends_with('/') ? "" : "/") + path;
 }
 
-// With its slash, as that may be all there is of it.
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/') + 1);
-}
-
 }  // namespace
 
 bool Project::HandleImportPath(const xstring& importPath, const char*) {
@@ -184,17 +200,25 @@ std::vector<std::string> Project::Candidates(const std::string& path) const {
     return candidates;
 }
 
+// Returns why the file can't be read; nothing when it has been.
+std::string Project::ReadCandidate(File& file) const {
+    if (m_root)
+        return m_root->Read(file.path, file.text, file.id);
+    const int error = ReadFile(file.path, file.text, file.id);
+    return error != 0 ? std::strerror(error) : "";
+}
+
 Project::File Project::ReadImport(const std::string& path, const char* errorpos) const {
     std::string reasons;
     for (const std::string& candidate : Candidates(path)) {
         File file;
         file.path = candidate;
-        const int error = ReadFile(candidate, file.text, file.id);
-        if (error == 0) {
+        const std::string reason = ReadCandidate(file);
+        if (reason.empty()) {
             m_session.filesRead.Add(candidate);
             return file;
         }
-        reasons += "\n    " + candidate + ": " + std::strerror(error);
+        reasons += "\n    " + candidate + ": " + reason;
     }
     ThrowImportError("Can't import file: " + path + reasons, errorpos);
 }

@@ -6,10 +6,12 @@
 // it is imported.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "ImportSplices.h"
+#include "Root.h"
 #include "Session.h"
 #include "UnknownNames.h"
 #include "common/Files.h"
@@ -19,7 +21,8 @@ namespace qztools {
 
 class Project final : public vorn::ImportHandler {
 public:
-    explicit Project(Session& session) : m_session(session), m_unknownNames(session) {}
+    // Throws Fault where the root of the options is no folder.
+    explicit Project(Session& session);
 
     // Expands the input that the options name. REQUIRES: called once. Throws LexScannerException,
     // LimitReached and Fault; the last one also for unknown names, where the options refuse them.
@@ -47,6 +50,7 @@ private:
     };
 
     File ReadInput() const;
+    std::string ReadCandidate(File& file) const;
     File ReadImport(const std::string& path, const char* errorpos) const;
     std::vector<std::string> Candidates(const std::string& path) const;
     std::string RelativeToOpenFile(const std::string& path) const;
@@ -56,6 +60,7 @@ private:
     bool IsTextUsed(std::size_t depth) const;
 
     Session& m_session;
+    std::optional<Root> m_root;
     UnknownNames m_unknownNames;
     std::vector<OpenFile> m_open;            // outermost first
     std::vector<std::string> m_importPaths;  // of @importpath, in their order
