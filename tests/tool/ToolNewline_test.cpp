@@ -5,10 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "common/Map.h"
+
 namespace {
 
 using tool_test::Result;
 using tool_test::ToolTest;
+using Kind = qztools::MapPiece::Kind;
 
 std::string Replace(const std::string& s, const std::string& what, const std::string& by) {
     std::string result;
@@ -53,6 +56,29 @@ TEST_F(ToolNewline, ExpandsTextsWithCrLfAsIfTheyHadLf) {
         const Result result = Run({}, text);
         EXPECT_EQ(result.status, 0) << testing::PrintToString(result);
         EXPECT_EQ(Run({}, WithCrLf(text)), (Result{0, WithCrLf(result.out), ""})) << text;
+    }
+}
+
+// Each byte that was copied is the byte of the file, CR and LF each, and no CR was put in.
+TEST_F(ToolNewline, LeadsBackToTheVeryBytesOfTheFile) {
+    for (const std::string layout : s_layouts) {
+        const std::string text = WithCrLf(layout);
+        Write("a.qz", text);
+        EXPECT_EQ(Run({"a.qz", "-o", "out", "--map", "map"}), (Result{0, "", ""}));
+        const qztools::Map map = qztools::ParseMap("map", Read("map"));
+        const std::string output = Read("out");
+        std::size_t start = 0;
+        for (const qztools::MapPiece& piece : map.pieces) {
+            const std::string bytes = output.substr(start, static_cast<std::size_t>(piece.size));
+            start += bytes.size();
+            EXPECT_NE(piece.kind, Kind::Inserted) << text;
+            if (piece.kind == Kind::Copied) {
+                EXPECT_EQ(bytes, text.substr(static_cast<std::size_t>(piece.offset), bytes.size()));
+            }
+        }
+        EXPECT_EQ(start, output.size());
+        EXPECT_EQ(map.sources.size(), 1u);
+        EXPECT_EQ(map.sources.front().hash, qztools::HashOf(text));
     }
 }
 
