@@ -105,6 +105,28 @@ TEST_F(ToolJson, HoldsTheEndOfARunAtItsLimits) {
     })"));
 }
 
+#if !defined(QZ_SANITIZED)
+TEST_F(ToolJson, HoldsTheEndOfTheMemoryWithoutASanitizer) {
+    Write("a.qz", std::string(60'000'000, ' '));
+    EXPECT_EQ(ReportOf({"--limit-memory=60", "a.qz"}), Json::parse(R"({
+        "severity": "error", "message": "the memory ran out",
+        "context": [], "hints": ["--limit-memory=MIB gives it more"], "imports": []
+    })"));
+}
+#endif
+
+TEST_F(ToolJson, StandsOnALineOfItsOwnBesideWhatIsPrinted) {
+    const std::string report =
+        R"({"severity":"error","file":"<stdin>","line":1,"column":16,"message":"stop",)"
+        R"("context":[],"hints":[],"imports":[]})"
+        "\n";
+    EXPECT_EQ(Run({"--diagnostics=json"}, "@print(a) @fail(\"stop\")").err, "a\n" + report);
+    EXPECT_EQ(Run({"--diagnostics=json"}, "@println(a)@fail(\"stop\")").err.substr(0, 3), "a\n{");
+    EXPECT_EQ(
+        Run({"--diagnostics=json", "--limit-time=1"}, "@print(a)@while (true) {}").err.substr(0, 3),
+        "a\n{");
+}
+
 TEST_F(ToolJson, CanBeTakenBack) {
     EXPECT_EQ(Run({"--diagnostics=json", "--diagnostics=text"}, "@fail(\"stop\")").err,
               "<stdin>(1) : stop\n@fail(\"stop\")\n     ^\n");

@@ -61,7 +61,7 @@ TEST_F(ToolPrinting, MayTakeAsMuchAsTheOutput) {
     EXPECT_EQ(Run({"--limit-output=1"}, "@print(" + text + ")!"), (Result{0, "!", text}));
     EXPECT_EQ(Run({"--limit-output=1"}, "@print(" + text + ")\n@print(x)\n").err,
               text
-                  + "<stdin>(2) : the printed text of 1 MiB is full in @print\n"
+                  + "\n<stdin>(2) : the printed text of 1 MiB is full in @print\n"
                     "hint: --limit-output=MIB gives it more\n");
 }
 

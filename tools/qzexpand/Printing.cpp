@@ -7,6 +7,7 @@
 
 #include "Guard.h"
 #include "Limits.h"
+#include "Report.h"
 #include "common/Fault.h"
 #include "common/Files.h"
 
@@ -38,6 +39,7 @@ ssize_t Printing::Write(void* self, const char* bytes, std::size_t size) {
     if (IsTooLong(printing.m_options, printing.m_size))
         StopAtPrinted(printing.m_options.outputLimit);
     errno = WriteAll(STDERR_FILENO, vorn::SubString(bytes, bytes + n));
+    NotePrinted(vorn::SubString(bytes, bytes + n));
     return errno == 0 ? n : 0;
 }
 

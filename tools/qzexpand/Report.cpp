@@ -1,5 +1,8 @@
 #include "Report.h"
 
+#include <array>
+#include <cstdio>
+
 #include <unistd.h>
 
 #include "Backtrace.h"
@@ -17,10 +20,18 @@ namespace {
 // One for the process: reports are made long before and behind whatever could own a style.
 ReportStyle s_style;
 
+bool s_isLineOpen = false;  // a text has printed a line, but not its end
+
 // In one piece, so that the reports of several processes do not mix.
+void Write(const std::string& report) {
+    const std::string_view start = EndOfPrintedLine();
+    s_isLineOpen = false;
+    WriteAll(STDERR_FILENO, ToSubString(std::string(start) + report));
+}
+
 void Write(const SourceTexts& texts, const Diagnosis& diagnosis) {
-    WriteAll(STDERR_FILENO, ToSubString(s_style.isJson ? FormatAsJson(texts, diagnosis)
-                                                       : FormatAsText(texts, diagnosis, s_style)));
+    Write(s_style.isJson ? FormatAsJson(texts, diagnosis)
+                         : FormatAsText(texts, diagnosis, s_style));
 }
 
 void Write(const Diagnosis& diagnosis) {
@@ -50,6 +61,15 @@ void SetReportStyle(const ReportStyle& style, bool terminalTakesColor) {
 
 const ReportStyle& CurrentReportStyle() {
     return s_style;
+}
+
+void NotePrinted(vorn::SubString bytes) {
+    if (bytes)
+        s_isLineOpen = bytes.m_p2[-1] != '\n';
+}
+
+std::string_view EndOfPrintedLine() {
+    return s_isLineOpen ? "\n" : "";
 }
 
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e) {
@@ -82,6 +102,17 @@ void ReportFault(std::string_view message) {
     Diagnosis diagnosis;
     diagnosis.message = VisibleName(message);
     Write(diagnosis);
+}
+
+void ReportWithoutMemory(const char* message, const char* hint) {
+    const char* form = s_style.isJson
+                           ? "%s{\"severity\":\"error\",\"message\":\"%s\",\"context\":[],"
+                             "\"hints\":[\"%s\"],\"imports\":[]}\n"
+                           : "%sqzexpand: %s\nhint: %s\n";
+    std::array<char, 512> report;
+    const int size =
+        std::snprintf(report.data(), report.size(), form, EndOfPrintedLine().data(), message, hint);
+    WriteAll(STDERR_FILENO, vorn::SubString(report.data(), report.data() + size));
 }
 
 void ReportWrongCall(std::string_view message) {

@@ -32,6 +32,13 @@ void SetReportStyle(const ReportStyle& style, bool terminalTakesColor);
 
 const ReportStyle& CurrentReportStyle();
 
+// Tells what else has been written to standard error, which is what texts print. A report begins a
+// line of its own.
+void NotePrinted(vorn::SubString bytes);
+
+// What ends the line that was printed last, if it is open. May be called from a signal handler.
+std::string_view EndOfPrintedLine();
+
 // An error of a text. One whose position lies in no text that is known, such as a text that macros
 // have put together, is reported without a line for the current text.
 void ReportError(const SourceTexts& texts, const vorn::LexScannerException& e);
@@ -54,6 +61,10 @@ void ReportLimit(const SourceTexts& texts, const vorn::LexScannerException& e,
 
 // A reason that lies outside the texts, such as a file that cannot be read.
 void ReportFault(std::string_view message);
+
+// The same with a hint, where no memory is left for more. REQUIRES: two short texts of the tool's
+// own, without quotes.
+void ReportWithoutMemory(const char* message, const char* hint);
 
 // A call that makes no sense.
 void ReportWrongCall(std::string_view message);

@@ -136,8 +136,7 @@ int ProduceInMemory(Session& session) {
     try {
         return ProduceOrReport(session);
     } catch (const std::bad_alloc&) {
-        WriteAll(STDERR_FILENO, "qzexpand: the memory ran out\n"
-                                "hint: --limit-memory=MIB gives it more\n");
+        ReportWithoutMemory("the memory ran out", "--limit-memory=MIB gives it more");
         return s_statusLimit;
     }
 }

@@ -129,6 +129,7 @@ void WriteStopReport(const Session& session, const Bound& bound, long amount, co
     s_stop.amount = amount;
     s_stop.current = session.texts.Current();
     s_stop.count = FindSteps(session, low, high, s_stop.steps.data(), s_stop.steps.size());
+    s_report << EndOfPrintedLine();
     if (CurrentReportStyle().isJson)
         WriteJson(s_report, s_stop);
     else
