@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Diagnostics.h"
+#include "Place.h"
 #include "ReportStyle.h"
 
 namespace qztools {

@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-#include "Diagnostics.h"
+#include "Place.h"
 #include "ReportStyle.h"
 #include "SourceTexts.h"
 #include "qzMacroExpander/LSToken.h"

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include "Diagnostics.h"
+#include "Place.h"
 #include "Report.h"
 #include "Standpoint.h"
 #include "common/Files.h"

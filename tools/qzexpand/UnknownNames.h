@@ -8,7 +8,7 @@
 #include <functional>
 #include <set>
 
-#include "Diagnostics.h"
+#include "Place.h"
 #include "Session.h"
 #include "qzMacroExpander/ExpandedOutput.h"
 

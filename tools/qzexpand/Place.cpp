@@ -1,4 +1,4 @@
-#include "Diagnostics.h"
+#include "Place.h"
 
 #include <algorithm>
 #include <string_view>
