@@ -232,7 +232,7 @@ TEST_F(ToolMap, LeadsToTheExpressionOfTheCommandLine) {
 
 TEST_F(ToolMap, NamesEveryFileThatWasReadOnce) {
     Write("b.qz", "@// yields nothing\n");
-    const Map map = Expand("@import \"b.qz\"@import \"b.qz\"@import \"b.qz\"");
+    const Map map = Expand("@import \"b.qz\"@import \"b.qz\"@import \"./b.qz\"");
     EXPECT_EQ(SourceNames(map), (std::vector<std::string>{"main.qz", "b.qz"}));
 }
 

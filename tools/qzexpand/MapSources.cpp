@@ -1,6 +1,8 @@
 #include "MapSources.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
 #include <utility>
 
 namespace qztools {
@@ -9,20 +11,28 @@ using namespace vorn;
 
 namespace {
 
-bool IsSameSource(const SourceText& a, const SourceText& b) {
-    return a.path == b.path && a.name == b.name && a.Bytes() == b.Bytes();
+// What texts of one source have in common besides their bytes. No path starts with a zero byte.
+std::string KeyOf(const SourceText& text) {
+    const bool isFile = !text.path.empty();
+    return isFile ? std::filesystem::path(text.path).lexically_normal().string() : '\0' + text.name;
 }
 
 }  // namespace
 
 MapSources::MapSources(const SourceTexts& texts) {
+    std::multimap<std::string, std::int64_t> indexes;
     for (const SourceText* text : texts.InOrder()) {
-        const auto found =
-            std::find_if(m_texts.begin(), m_texts.end(),
-                         [text](const SourceText* other) { return IsSameSource(*text, *other); });
-        m_indexes[text] = found - m_texts.begin();
-        if (found == m_texts.end())
-            m_texts.push_back(text);
+        const auto [first, last] = indexes.equal_range(KeyOf(*text));
+        const auto found = std::find_if(first, last, [this, text](const auto& entry) {
+            return m_texts[static_cast<std::size_t>(entry.second)]->Bytes() == text->Bytes();
+        });
+        if (found != last) {
+            m_indexes[text] = found->second;
+            continue;
+        }
+        m_indexes[text] = std::ssize(m_texts);
+        indexes.emplace(KeyOf(*text), std::ssize(m_texts));
+        m_texts.push_back(text);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "SourceTexts.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace qztools {
 
@@ -23,16 +24,22 @@ std::vector<const SourceText*> SourceTexts::InOrder() const {
     return texts;
 }
 
+const SourceText& SourceTexts::Add(SourceText text) {
+    const SourceText& added = m_texts.emplace_front(std::move(text));
+    if (!added.text.empty())
+        m_byStart[added.text.data()] = &added;
+    return added;
+}
+
+// The end of one text may be the start of another, which goes first.
 const SourceText* SourceTexts::Find(const char* pos) const {
-    for (const bool withEnd : {false, true}) {
-        const auto found =
-            std::find_if(m_texts.begin(), m_texts.end(), [pos, withEnd](const SourceText& text) {
-                return text.Holds(pos, withEnd);
-            });
-        if (found != m_texts.end())
-            return &*found;
-    }
-    return nullptr;
+    const auto next = m_byStart.upper_bound(pos);
+    if (next != m_byStart.begin() && std::prev(next)->second->Holds(pos, false))
+        return std::prev(next)->second;
+    const auto found = std::find_if(m_texts.begin(), m_texts.end(), [pos](const SourceText& text) {
+        return text.Holds(pos, true);
+    });
+    return found == m_texts.end() ? nullptr : &*found;
 }
 
 }  // namespace qztools

@@ -3,6 +3,7 @@
 
 #include <forward_list>
 #include <functional>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,12 +52,13 @@ public:
                           const char* importedAt = nullptr) {
         return Add(SourceText{VisibleName(name), std::move(text), importedAt, {}});
     }
-    const SourceText& Add(SourceText text) { return m_texts.emplace_front(std::move(text)); }
+    const SourceText& Add(SourceText text);
 
     // All of them, in the order in which they were added.
     std::vector<const SourceText*> InOrder() const;
 
-    // The text in which an address lies, or null. The address is compared and not followed.
+    // The text in which an address lies, or null. The address is compared and not followed. Takes
+    // logarithmic time for one inside a text.
     const SourceText* Find(const char* pos) const;
 
     // The text that is being dealt with: it is named where an error lies in no text at all.
@@ -65,6 +67,7 @@ public:
 
 private:
     std::forward_list<SourceText> m_texts;
+    std::map<const char*, const SourceText*, std::less<>> m_byStart;  // those that are not empty
     const SourceText* m_current = nullptr;
 };
 
