@@ -58,6 +58,10 @@ std::size_t NumberSize(std::string_view s) {
     return size;
 }
 
+std::string_view WithoutBlanksInFront(std::string_view line) {
+    return line.substr(std::min(line.find_first_not_of(s_blanks), line.size()));
+}
+
 std::string_view WithoutBlanksBehind(std::string_view line) {
     return line.substr(0, line.find_last_not_of(s_blanks) + 1);
 }
@@ -68,8 +72,10 @@ std::string_view WithoutBlanksBehind(std::string_view line) {
 void CodeLines::Read(std::string_view line) {
     m_hasLeftGroup = false;
     if (m_inside == Inside::Code && !m_isContinued) {
+        m_isAfterWord = m_isAfterWord && !m_isDirective;
         m_isLineStart = true;
         m_isDirective = false;
+        m_namesDirective = false;
         m_quote = 0;
     }
     std::string_view s = WithoutBlanksBehind(line);
@@ -80,10 +86,12 @@ void CodeLines::Read(std::string_view line) {
         s = m_inside == Inside::Code ? ReadToken(s) : SkipInside(s);
 }
 
+// A comment may stand between the name and the bracket.
 bool CodeLines::MayInsertBefore(std::string_view line) const {
-    const std::size_t first = line.find_first_not_of(s_blanks);
-    const bool isBracket = first != line.npos && line[first] == '(';
-    return m_inside == Inside::Code && !m_isContinued && !isBracket;
+    const std::string_view s = WithoutBlanksInFront(line);
+    const bool mayBeCall = m_isAfterWord && !m_isDirective
+                           && (s.starts_with('(') || s.starts_with("//") || s.starts_with("/*"));
+    return m_inside == Inside::Code && !m_isContinued && !mayBeCall;
 }
 
 void CodeLines::Inserted() {
@@ -111,13 +119,15 @@ std::string_view CodeLines::ReadToken(std::string_view s) {
         return s.substr(1);
     if (c == '/')
         return ReadSlash(s);
-    const bool isHash = c == '#' && m_isLineStart;
+    m_namesDirective = m_namesDirective && IsWordByte(c);
+    if (c == '#' && m_isLineStart)
+        m_isDirective = m_namesDirective = true;
     m_isLineStart = false;
+    m_isAfterWord = false;
     if (IsDigit(c) || (c == '.' && s.size() > 1 && IsDigit(s[1])))
         return s.substr(NumberSize(s));
     if (IsWordByte(c))
         return ReadWord(s);
-    m_isDirective = isHash;
     if (c == '"' || c == '\'') {
         m_quote = c;
         return ReadQuoted(s.substr(1));
@@ -135,14 +145,16 @@ std::string_view CodeLines::ReadSlash(std::string_view s) {
         return s.substr(2);
     }
     m_isLineStart = false;
+    m_isAfterWord = false;
     return s.substr(1);
 }
 
 std::string_view CodeLines::ReadWord(std::string_view s) {
     const std::string_view word = s.substr(0, WordSize(s));
-    if (m_isDirective)
+    if (m_namesDirective)
         ReadDirective(word);
-    m_isDirective = false;
+    m_namesDirective = false;
+    m_isAfterWord = true;
     s.remove_prefix(word.size());
     const bool isRaw = std::find(std::begin(s_rawPrefixes), std::end(s_rawPrefixes), word)
                        != std::end(s_rawPrefixes);
@@ -168,6 +180,7 @@ std::string_view CodeLines::ReadRawString(std::string_view s) {
     const std::size_t bracket = s.find_first_of("(\") \\\t\v\f", 1);
     if (bracket == s.npos || s[bracket] != '(' || bracket - 1 > s_longestDelimiter)
         return s;
+    m_isAfterWord = false;
     m_inside = Inside::RawString;
     m_rawEnd = ')' + std::string(s.substr(1, bracket - 1)) + '"';
     return s.substr(bracket + 1);

@@ -14,8 +14,8 @@ public:
     void Read(std::string_view line);
 
     // Whether a directive may stand between the lines that were read and that line: not in a block
-    // comment, a raw string, behind a backslash that continues a line, or in front of an opening
-    // bracket, which would no longer follow the name of its macro.
+    // comment, a raw string, behind a backslash that continues a line, or where an opening bracket
+    // would no longer follow the name of its macro.
     bool MayInsertBefore(std::string_view line) const;
 
     // To be called when a directive goes in.
@@ -38,11 +38,13 @@ private:
     void ReadDirective(std::string_view word);
 
     Inside m_inside = Inside::Code;
-    std::string m_rawEnd;        // of the raw string
-    bool m_isContinued = false;  // by a backslash
-    char m_quote = 0;            // of the string that goes on behind it; '/' for a comment
-    bool m_isLineStart = true;   // there was no token yet in this line and what it continues
-    bool m_isDirective = false;  // the next word names a directive
+    std::string m_rawEnd;           // of the raw string
+    bool m_isContinued = false;     // by a backslash
+    char m_quote = 0;               // of the string that goes on behind it; '/' for a comment
+    bool m_isLineStart = true;      // there was no token yet in this line and what it continues
+    bool m_isDirective = false;     // this line is one, with what it continues
+    bool m_namesDirective = false;  // the next word is its name
+    bool m_isAfterWord = false;     // the last token was a word
     bool m_hasLeftGroup = false;
     std::vector<char> m_groups;  // of #if, the outermost first: whether a directive went in
 };
