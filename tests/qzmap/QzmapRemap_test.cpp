@@ -128,6 +128,16 @@ TEST_F(QzmapRemap, KnowsTheOutputByAnyPathThatLeadsToIt) {
     EXPECT_EQ(Remapped("link/a.cpp:1:2: x\n", "out dir/a.map"), "a.qz:2:2: x\n");
 }
 
+TEST_F(QzmapRemap, TakesRelativeNamesFromTheFolderOfTheMessages) {
+    WriteFiles(EveryKind());
+    Write("sub/x", "");
+    EXPECT_EQ(Qzmap({"remap", "-C", "sub", "a.cpp.map"}, "../a.cpp:2:5: x\na.cpp:2:5: x\n"),
+              (Result{0, "a.cpp.qz:3:5: x\na.cpp:2:5: x\n", ""}));
+    const std::string absolute = PathOf("a.cpp").string();
+    EXPECT_EQ(Qzmap({"remap", "-C", "sub", "a.cpp.map"}, absolute + ":2:5: x\n"),
+              (Result{0, "a.cpp.qz:3:5: x\n", ""}));
+}
+
 TEST_F(QzmapRemap, KnowsAnOutputThatWasMovedByItsOldPathAsWell) {
     WriteFiles(EveryKind());
     std::filesystem::rename(PathOf("a.cpp"), PathOf("kept.cpp"));
@@ -330,6 +340,18 @@ TEST_F(QzmapRemap, WritesEachLineAsSoonAsItIsThere) {
                                "done; echo) | '" QZMAP "' remap a.cpp.map | "
                                "while read -r line; do echo \"$line\"; : > seen; done";
     EXPECT_EQ(RunProgram("/bin/sh", {"-c", script}), (Result{0, "a.cpp.qz:3:5: x\nrest\n", ""}));
+}
+
+// The first build makes the map as well.
+TEST_F(QzmapRemap, WaitsForAMapThatIsNotThereYet) {
+    WriteFiles(EveryKind());
+    std::filesystem::rename(PathOf("a.cpp.map"), PathOf("later.map"));
+    const std::string script =
+        "(echo 'b.cpp:1:1: x'; while [ ! -e seen ]; do sleep 0.01; done; mv later.map a.cpp.map; "
+        "echo 'a.cpp: In function f:'; echo 'a.cpp:2:5: x') | '" QZMAP "' remap a.cpp.map | "
+        "while read -r line; do echo \"$line\"; : > seen; done";
+    EXPECT_EQ(RunProgram("/bin/sh", {"-c", script}),
+              (Result{0, "b.cpp:1:1: x\na.cpp.qz: In function f:\na.cpp.qz:3:5: x\n", ""}));
 }
 
 // A build can make an output and its map, and then compile it.

@@ -61,6 +61,7 @@ TEST_F(QzmapUsage, RefusesOptionsThatAreUnknownOrOfAnotherCommand) {
     ExpectWrongCall({"check", "--base"}, "--base needs an argument");
     ExpectWrongCall({"check", "a.map", "-o", "b"}, "-o is no option of this command");
     ExpectWrongCall({"check", "a.map", "--source", "b:1"}, "--source is no option of this command");
+    ExpectWrongCall({"check", "-C", "b"}, "-C is no option of this command");
     ExpectWrongCall({"check", "--columns=bytes"}, "--columns is no option of this command");
     ExpectWrongCall({"remap", "--columns=inches"}, "--columns is bytes or display: inches");
 }

@@ -33,6 +33,7 @@ const char s_help[] =
     "  -o PAGE                      write the page to PAGE, whole or not at all\n"
     "  --output FILE                where the output is now\n"
     "  --base FOLDER                where the names in the map start from now\n"
+    "  -C FOLDER                    where relative names in messages start from\n"
     "  --columns UNIT               what the compiler counts: bytes or display (guessed)\n"
     "  --help, --version            show this text, or the version\n"
     "\n"
@@ -118,6 +119,7 @@ enum : int { s_base = 256, s_columns, s_helpOption, s_output, s_source, s_versio
 // clang-format off
 constexpr OptionRow s_options[] = {
     {'o', Command::Html, [](Options& o, const char* s) { o.page = s; }},
+    {'C', Command::Remap, [](Options& o, const char* s) { o.folder = s; }},
     {s_base, Command::Help, [](Options& o, const char* s) { o.whereabouts.base = s; }},
     {s_columns, Command::Remap, [](Options& o, const char* s) { ParseColumns(o, s); }},
     {s_helpOption, Command::Help,
@@ -162,7 +164,10 @@ void ApplyOption(Options& options, int found, char** argv) {
         throw UsageError(found == ':' ? OptionName(argv) + " needs an argument"
                                       : "unknown option " + OptionName(argv));
     if (row->command != Command::Help && row->command != options.command) {
-        const char* name = found == 'o' ? "-o" : found == s_source ? "--source" : "--columns";
+        const char* name = found == 'o'        ? "-o"
+                           : found == 'C'      ? "-C"
+                           : found == s_source ? "--source"
+                                               : "--columns";
         throw UsageError(std::string(name) + " is no option of this command");
     }
     row->apply(options, optarg);
@@ -205,7 +210,7 @@ Options ParseCommandLine(int argc, char** argv) {
     optind = 2;
     int found = 0;
     while (!IsShown(options.command)
-           && (found = ::getopt_long(argc, argv, ":o:", s_names, nullptr)) != -1)
+           && (found = ::getopt_long(argc, argv, ":C:o:", s_names, nullptr)) != -1)
         ApplyOption(options, found, argv);
     if (!IsShown(options.command))
         TakeOperands(options, {argv + optind, argv + argc});

@@ -23,7 +23,8 @@ struct Options {
     Position place;                     // of lookup; the column is 0 for the whole line
     std::optional<std::string> source;  // of lookup: the file that the place is in, not the output
     ColumnUnit columns = ColumnUnit::Guessed;  // of remap
-    std::string page = "-";                    // of html
+    std::string folder;      // of remap: where relative names in messages start from
+    std::string page = "-";  // of html
 };
 
 // A wrong call.

@@ -1,21 +1,47 @@
 #include "Rewriter.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "common/Fault.h"
 
 namespace qztools {
 
+namespace {
+
+bool IsThere(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
+}  // namespace
+
 Rewriter::Rewriter(const Options& options, const Reporter& report)
-    : m_report(report), m_columns(options.columns) {
+    : m_options(options), m_report(report), m_columns(options.columns) {
     for (const std::string& path : options.maps) {
-        try {
-            m_targets.emplace_back(path, options.whereabouts);
-        } catch (const Fault& e) {
-            m_report(e.what());
-            m_isComplete = false;
-        }
+        if (IsThere(path))
+            AddTarget(path);
+        else
+            m_missing.push_back(path);
     }
+}
+
+void Rewriter::AddTarget(const std::string& mapPath) {
+    try {
+        m_targets.emplace_back(mapPath, m_options.whereabouts, m_options.folder);
+    } catch (const Fault& e) {
+        m_report(e.what());
+        m_isComplete = false;
+    }
+}
+
+// A first build makes its maps while its messages come in.
+void Rewriter::AddMissing() {
+    const auto there = std::stable_partition(
+        m_missing.begin(), m_missing.end(), [](const std::string& path) { return !IsThere(path); });
+    for (auto path = there; path != m_missing.end(); ++path)
+        AddTarget(*path);
+    m_missing.erase(there, m_missing.end());
 }
 
 bool Rewriter::IsComplete() const {
@@ -26,15 +52,21 @@ bool Rewriter::IsComplete() const {
 
 // ---- places ------------------------------------------------------------------------------------
 
+// Returns where the name starts, and notes whose it is.
+std::size_t Rewriter::FindName(std::string_view line, std::size_t nameLast) {
+    AddMissing();
+    for (Target& target : m_targets) {
+        const std::size_t first = target.FindName(line, nameLast);
+        m_named = &target;
+        if (first != std::string_view::npos)
+            return first;
+    }
+    return std::string_view::npos;
+}
+
 std::optional<MessagePlace> Rewriter::FindNext(std::string_view line, std::size_t from) {
     return FindPlace(line, from, [this](std::string_view all, std::size_t nameLast) {
-        for (Target& target : m_targets) {
-            const std::size_t first = target.FindName(all, nameLast);
-            m_named = &target;
-            if (first != std::string_view::npos)
-                return first;
-        }
-        return std::string_view::npos;
+        return FindName(all, nameLast);
     });
 }
 
@@ -186,24 +218,28 @@ bool Rewriter::AppendExcerpt(std::string_view line, std::string& out) {
 
 // A heading has no line of its own. It waits for the message behind it, whose file it gets.
 bool Rewriter::HoldHeading(std::string_view line) {
-    for (Target& target : m_targets) {
-        const auto findName = [&target](std::string_view all, std::size_t nameLast) {
-            return target.FindName(all, nameLast);
-        };
-        if (const std::optional<Heading> heading = FindHeading(line, findName)) {
-            m_heading = line;
-            m_headingName = *heading;
-            m_headingTarget = &target;
-            m_columns.GuessDisplay();
-            return true;
-        }
-    }
-    return false;
+    const std::optional<Heading> heading =
+        FindHeading(line, [this](std::string_view all, std::size_t nameLast) {
+            return FindName(all, nameLast);
+        });
+    if (!heading)
+        return false;
+    m_heading = line;
+    m_headingName = *heading;
+    m_headingTarget = m_named;
+    m_columns.GuessDisplay();
+    return true;
+}
+
+void Rewriter::ReleaseHeading(std::string& out) {
+    out += m_heading;
+    m_heading.clear();
 }
 
 void Rewriter::Finish(std::string& out) {
-    out += m_heading;
-    m_heading.clear();
+    ReleaseHeading(out);
+    for (const std::string& path : m_missing)
+        AddTarget(path);
 }
 
 void Rewriter::Rewrite(std::string_view line, bool isCut, std::string& out) {
@@ -214,7 +250,7 @@ void Rewriter::Rewrite(std::string_view line, bool isCut, std::string& out) {
     if (!m_heading.empty() && isPlace && m_found && m_found->target == m_headingTarget)
         m_heading.replace(m_headingName.nameFirst, m_headingName.nameLast - m_headingName.nameFirst,
                           m_found->origin.text->Name());
-    Finish(out);
+    ReleaseHeading(out);
     if (isPlace || isCut || !HoldHeading(line))
         out += rewritten;
 }

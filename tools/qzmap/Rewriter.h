@@ -15,13 +15,14 @@ namespace qztools {
 
 class Rewriter {
 public:
+    // REQUIRES: the options live as long.
     Rewriter(const Options& options, const Reporter& report);
 
     // Takes a line with its end, or a part of a very long line that is cut behind it, and appends
     // to out what is known about it and the lines before.
     void Rewrite(std::string_view line, bool isCut, std::string& out);
 
-    // Appends what has been held back.
+    // Appends what has been held back, and reports the maps that never came.
     void Finish(std::string& out);
 
     // Whether all maps could be used.
@@ -35,6 +36,9 @@ private:
         Origin origin;
     };
 
+    void AddTarget(const std::string& mapPath);
+    void AddMissing();
+    std::size_t FindName(std::string_view line, std::size_t nameLast);
     std::optional<MessagePlace> FindNext(std::string_view line, std::size_t from);
     std::optional<Found> Map(const MessagePlace& place);
     bool AppendPlaces(std::string_view line, bool isCut, std::string& out);
@@ -44,10 +48,13 @@ private:
     bool AppendExcerpt(std::string_view line, std::string& out);
     std::optional<std::int64_t> LineOfExcerpt(std::int64_t line, const std::string& plain);
     bool HoldHeading(std::string_view line);
+    void ReleaseHeading(std::string& out);
 
+    const Options& m_options;
     Reporter m_report;
     Columns m_columns;
     std::deque<Target> m_targets;
+    std::vector<std::string> m_missing;  // maps that are not there yet
     bool m_isComplete = true;
     Target* m_named = nullptr;     // by the place or heading found last
     std::optional<Found> m_found;  // by the last message

@@ -23,8 +23,8 @@ std::string Absolute(const fs::path& path) {
 
 }  // namespace
 
-Target::Target(std::string mapPath, const Whereabouts& whereabouts)
-    : m_mapPath(std::move(mapPath)), m_whereabouts(whereabouts) {
+Target::Target(std::string mapPath, const Whereabouts& whereabouts, std::string folder)
+    : m_mapPath(std::move(mapPath)), m_whereabouts(whereabouts), m_folder(std::move(folder)) {
     const std::string name = ReadMap(m_mapPath).outputName;
     m_outputPath = OutputPath(m_mapPath, m_whereabouts, name);
     m_ends.push_back(fs::path(m_outputPath).filename().string());
@@ -58,16 +58,17 @@ bool CanStartBehind(std::string_view s) {
            || s.ends_with("\xe2\x80\x98") || s.ends_with("\xe2\x80\x9c") || EndsWithColour(s);
 }
 
-bool IsFile(const std::string& path) {
+bool IsFile(const fs::path& path) {
     std::error_code error;
     return fs::is_regular_file(path, error);
 }
 
 }  // namespace
 
-bool Target::IsOutput(const std::string& path) const {
-    if (path == s_standardInput)
+bool Target::IsOutput(const std::string& name) const {
+    if (name == s_standardInput)
         return m_recordedPath.empty();
+    const fs::path path = m_folder / fs::path(name);
     std::error_code error;
     if (fs::exists(path, error))
         return fs::equivalent(path, m_outputPath, error);
@@ -91,7 +92,7 @@ std::size_t Target::FindName(std::string_view line, std::size_t nameLast) const 
             const std::string path(line.substr(i, nameLast - i));
             if (found == npos && IsOutput(path))
                 found = i;
-            else if (found != npos && IsFile(path))
+            else if (found != npos && IsFile(m_folder / fs::path(path)))
                 return npos;
         }
     }

@@ -11,7 +11,8 @@ namespace qztools {
 class Target {
 public:
     // Reads what the map says about its output. Throws Fault.
-    Target(std::string mapPath, const Whereabouts& whereabouts);
+    // Relative names in messages start from the folder.
+    Target(std::string mapPath, const Whereabouts& whereabouts, std::string folder);
 
     // Whether a line names the output directly in front of nameLast: returns where the name starts,
     // npos if not. A name is the output's if its path leads to that very file; a path that leads
@@ -24,10 +25,11 @@ public:
     bool IsRefused() const { return m_isRefused; }
 
 private:
-    bool IsOutput(const std::string& path) const;
+    bool IsOutput(const std::string& name) const;
 
     std::string m_mapPath;
     Whereabouts m_whereabouts;
+    std::string m_folder;
     std::string m_outputPath;         // where the output is
     std::string m_recordedPath;       // where the map says it is; absolute
     std::vector<std::string> m_ends;  // what a path to it ends with
