@@ -295,6 +295,20 @@ TEST_F(ToolMap, NamesFilesAsSeenFromItsFolder) {
     }
 }
 
+TEST_F(ToolMap, NamesFilesByTheirPathsInAFolderThatIsGone) {
+    Write("a.qz", "text");
+    const fs::path gone = PathOf("gone");
+    fs::create_directory(gone);
+    const Result result =
+        tool_test::Process(
+            gone, {PathOf("a.qz").string(), "-o", PathOf("out.txt").string(), "--map", "-"}, "",
+            [&gone] { fs::remove(gone); })
+            .Wait();
+    const Map map = qztools::ParseMap("-", result.out);
+    EXPECT_EQ(map.outputName, PathOf("out.txt").string());
+    EXPECT_EQ(map.sources[0].name, PathOf("a.qz").string());
+}
+
 TEST_F(ToolMap, RefusesANameThatItCannotHold) {
     Write("a\xff.qz", "text");
     EXPECT_EQ(

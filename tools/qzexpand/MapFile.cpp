@@ -45,7 +45,8 @@ std::string PathFrom(const std::string& folder, const std::string& file) {
     std::error_code error;
     const fs::path realFrom = fs::weakly_canonical(from, error);
     const fs::path realTo = fs::weakly_canonical(FolderOf(file), error) / fs::path(file).filename();
-    return realTo.lexically_relative(realFrom).string();
+    const std::string byPlace = realTo.lexically_relative(realFrom).string();
+    return byPlace.empty() ? file : byPlace;
 }
 
 // ---- the map -----------------------------------------------------------------------------------
