@@ -134,6 +134,17 @@ TEST_F(ToolHints, NameNoBracketWhereMoreThanOneMayBeMeant) {
     EXPECT_EQ(HintsFor("@def f = don't\n@if (b\n"), "");
 }
 
+TEST_F(ToolHints, NameTheCommentThatIsNotClosed) {
+    EXPECT_EQ(HintsFor("a /* b */ \"/*\"\nsrc/*.c // c\n"),
+              "hint: the /* in line 2 begins a comment that is not closed\n");
+    EXPECT_EQ(HintsFor("\n\n@/* a\n"),
+              "hint: the /* in line 3 begins a comment that is not closed\n");
+    EXPECT_EQ(HintsFor("@scope { /* a }"),
+              "hint: the /* in line 1 begins a comment that is not closed\n");
+    // What stands in front of it is not read as tokens by the expansion.
+    EXPECT_EQ(HintsFor("@def f = don't\n/* a"), "");
+}
+
 TEST_F(ToolHints, AreNotGivenForWhatAnAuthorSays) {
     for (const std::string message :
          {"Bad token \xc3\xa9", "Met line feed within single quoted string after reading 't",

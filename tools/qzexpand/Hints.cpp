@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "Backtrace.h"
-#include "OpenBracket.h"
+#include "Unclosed.h"
 #include "common/Views.h"
 #include "qzUtils/StringExt.h"
 
@@ -170,6 +170,10 @@ std::string ExplainOpenBracket(const Situation& s) {
     return s.text != nullptr && s.behind.empty() ? DescribeOpenBracket(s.text->text) : "";
 }
 
+std::string ExplainOpenComment(const Situation& s) {
+    return s.text != nullptr && s.behind.empty() ? DescribeOpenComment(s.text->text) : "";
+}
+
 std::string ExplainPython(const Situation&) {
     return "--python allows the text to run Python";
 }
@@ -201,6 +205,7 @@ constexpr HintRow s_hints[] = {
     {"Met EOS while reading bracketted s",                 ExplainOpenBracket    },
     {"Met EOS while reading argument ",                    ExplainOpenBracket    },
     {"Met EOS before closing ",                            ExplainOpenBracket    },
+    {"Met EOS in middle of /* ... */ comment",             ExplainOpenComment    },
     {"Python initialisation error: forbidden by the host", ExplainPython         },
 };
 

@@ -1,4 +1,4 @@
-#include "OpenBracket.h"
+#include "Unclosed.h"
 
 #include <vector>
 
@@ -47,6 +47,24 @@ std::vector<LSToken> FindOpenBrackets(SubString rest) {
 }
 
 }  // namespace
+
+std::string DescribeOpenComment(SubString text) {
+    SubString rest = text;
+    SubString token = rest;
+    try {
+        do {
+            ScanWhiteSpace(rest);
+            token = rest;
+        } while (LsScanToken(rest, true) != TOKEN_END);
+    } catch (const LexScannerException&) {
+        if (token.size() >= 2 && *token == '@')
+            ++token;
+        if (token.size() >= 2 && token[0] == '/' && token[1] == '*')
+            return "the /* in line " + std::to_string(GetLineNumber(text, token.m_p1))
+                   + " begins a comment that is not closed";
+    }
+    return {};
+}
 
 std::string DescribeOpenBracket(SubString text) {
     try {
