@@ -131,7 +131,9 @@ function appendBytes(element, bytes) {
     const character = tryDecode(bytes.subarray(at, at + size));
     const isShown = character !== null && !HIDDEN.test(character);
     const step = character === null ? 1 : size;
-    element.append(isShown ? character : makeSpan('raw', escapeBytes(bytes.subarray(at, at + step))));
+    const isReturn = lead === 13 && at + 1 === bytes.length;  // of CR LF, most often
+    element.append(isShown ? character : makeSpan(isReturn ? 'raw return' : 'raw',
+                                                  escapeBytes(bytes.subarray(at, at + step))));
     at += step;
   }
 }
