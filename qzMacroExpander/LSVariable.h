@@ -11,6 +11,7 @@
 // One thread at a time may use a chain of frames.
 #pragma once
 
+#include <array>
 #include <map>
 #include <memory>
 #include <set>
@@ -48,6 +49,7 @@ public:
     SubString m_name;     // not owned
     LSVariable* m_next;   // the variable added to the same list before this one
     KeptText m_keptText;  // what m_name and further views of the variable lie in, if not the host's
+    uint8 m_nameSlot = 0;  // see LocalNames
 
     explicit LSVariable(SubString name) : m_name(name), m_next(nullptr) {}
     virtual ~LSVariable() = default;
@@ -179,6 +181,33 @@ private:
     std::size_t m_taken = 0;
 };
 
+// Which names may be bound in the frames that are open below a file's: for each slot that names
+// fall into, the number of variables there. Deep in a recursion a name that no call has bound, as
+// that of the macro itself, is then found without asking the frame of every call.
+class LocalNames {
+public:
+    static uint8 SlotOf(SubString name) {
+        const auto byte = [](xchar c) {
+            return static_cast<uint8>(c);
+        };
+        return name.empty() ? uint8{0}
+                            : static_cast<uint8>(7 * byte(*name.m_p1) + 31 * byte(name.m_p2[-1])
+                                                 + static_cast<uint8>(name.size()));
+    }
+
+    void Add(uint8 slot) { ++m_counts[slot]; }
+    void Remove(uint8 slot) { --m_counts[slot]; }
+
+    // From now on any name may be bound: a frame imports another.
+    void AddAll() { m_mayHoldAll = true; }
+
+    bool MayHold(SubString name) const { return m_mayHoldAll || m_counts[SlotOf(name)] != 0; }
+
+private:
+    std::array<std::size_t, 256> m_counts{};
+    bool m_mayHoldAll = false;
+};
+
 // The variables of one frame.
 //
 // A list of a few variables is searched from the newest on; a longer one has an index.
@@ -186,6 +215,7 @@ class LSVariableList {
 public:
     LSVariable* m_first = nullptr;           // newest first, through m_next; this list owns
     std::map<SubString, LSVariable*> m_map;  // the newest variable of each name
+    LocalNames* m_localNames = nullptr;  // counts the variables, where it is not null; not owned
 
     LSVariableList() = default;
     ~LSVariableList();
@@ -236,10 +266,14 @@ public:
     LSVariableList m_localVariables;
     VarFrame* m_parent;                   // the enclosing scope, or null
     FileScopeVarFrame* m_fileScopeFrame;  // the file's frame of the chain, or null
+    LocalNames* m_localNames;             // what the frames below the file's bind, or null
 
     explicit VarFrame(VarFrame* parent)
         : m_parent(parent),
-          m_fileScopeFrame(parent == nullptr ? nullptr : parent->m_fileScopeFrame) {}
+          m_fileScopeFrame(parent == nullptr ? nullptr : parent->m_fileScopeFrame),
+          m_localNames(parent == nullptr ? nullptr : parent->m_localNames) {
+        m_localVariables.m_localNames = m_localNames;
+    }
     VarFrame(const VarFrame&) = delete;
     VarFrame& operator=(const VarFrame&) = delete;
 
@@ -253,7 +287,10 @@ public:
     // if nothing. Throws LexScannerException "Ambiguous macro name : " with pos as its position
     // where the imports of a frame give two answers that its direct imports do not settle.
     LSVariable* Find(SubString name, const xchar* pos) {
+        int asked = 0;
         for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent) {
+            if (++asked > s_nearFrames)
+                return FindFar(frame, name, pos);
             if (LSVariable* var = frame->FindLocal(name, pos))
                 return var;
         }
@@ -281,6 +318,15 @@ public:
     void WriteToStream(xostream& os) const;
 
 private:
+    // The frames that are asked before the count of local names is: in most texts, all there are.
+    static constexpr int s_nearFrames = 8;
+
+    // Whether a frame other than the file's may bind the name; also where no file's frame is there.
+    bool MayBeLocal(SubString name) const {
+        return m_localNames == nullptr || m_localNames->MayHold(name);
+    }
+
+    LSVariable* FindFar(VarFrame* frame, SubString name, const xchar* pos);
     LSVariable* FindInImports(SubString name, const xchar* pos);
     LSVariable* Find2(SubString name, std::size_t hash);
 };
@@ -297,7 +343,10 @@ public:
     std::map<xstring, xstring> m_dollarMacrosMap;
     TextOrigins* m_textOrigins = nullptr;  // see TextOrigins.h; not owned, null: nothing is kept
 
-    FileScopeVarFrame() : VarFrame(nullptr) { m_fileScopeFrame = this; }
+    FileScopeVarFrame() : VarFrame(nullptr) {
+        m_fileScopeFrame = this;
+        m_localNames = &m_names;
+    }
 
     // Imports a frame, which is not owned, with its dollar macros.
     void AddImport(FileScopeVarFrame* frame);
@@ -316,6 +365,9 @@ public:
 
     // Sets a dollar macro, and adds a string variable _NAME_ with the same value.
     void InsertDollarMacro(const xstring& name, const xstring& value);
+
+private:
+    LocalNames m_names;
 };
 
 }  // namespace vorn

@@ -54,6 +54,8 @@ void LSValueVariable::WriteValue(xostream& os) const {
 LSVariableList::~LSVariableList() {
     while (m_first != nullptr) {
         LSVariable* next = m_first->m_next;
+        if (m_localNames != nullptr)
+            m_localNames->Remove(m_first->m_nameSlot);
         delete m_first;
         m_first = next;
     }
@@ -73,6 +75,10 @@ void LSVariableList::Add(LSVariable* var) {
     var->m_next = m_first;
     m_first = var;
     ++m_size;
+    if (m_localNames != nullptr) {
+        var->m_nameSlot = LocalNames::SlotOf(var->m_name);
+        m_localNames->Add(var->m_nameSlot);
+    }
     m_map[var->m_name] = var;
     AddToIndex(var);
 }
@@ -148,8 +154,22 @@ namespace {
 
 }  // namespace
 
+// frame and its parents.
+LSVariable* VarFrame::FindFar(VarFrame* frame, SubString name, const xchar* pos) {
+    if (!MayBeLocal(name))
+        return m_fileScopeFrame->FindLocal(name, pos);
+    for (; frame != nullptr; frame = frame->m_parent) {
+        if (LSVariable* var = frame->FindLocal(name, pos))
+            return var;
+    }
+    return nullptr;
+}
+
 LSVariable* VarFrame::Find2(SubString name) {
+    int asked = 0;
     for (VarFrame* frame = this; frame != nullptr; frame = frame->m_parent) {
+        if (++asked > s_nearFrames && !MayBeLocal(name))
+            return m_fileScopeFrame->m_localVariables.Find(name);
         if (LSVariable* var = frame->m_localVariables.Find(name))
             return var;
     }
@@ -190,6 +210,8 @@ LSVariable* VarFrame::FindInDirectImports(SubString name, const xchar* pos) {
 }
 
 void VarFrame::ImportFrame(VarFrame* vf) {
+    if (m_localNames != nullptr && this != m_fileScopeFrame)
+        m_localNames->AddAll();
     if (m_setOfFrames.insert(vf).second)
         m_setOfFrames.insert(vf->m_setOfFrames.begin(), vf->m_setOfFrames.end());
     m_setOfDirectFrames.insert(vf);

@@ -1,6 +1,7 @@
 // The frames of LSVariable.cpp: look-up, imports, ambiguity, dollar macros.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -371,6 +372,122 @@ TEST(VarFrame, DumpLeavesTheIndentAsItWas) {
     const VarFrame frame(nullptr);
     frame.WriteToStream(os);
     EXPECT_EQ(os.GetIndent(), 0);
+}
+
+// ---- deep chains -------------------------------------------------------------------------------
+
+// A chain of frames below a file's, as a recursion makes them.
+class DeepChain {
+public:
+    static constexpr std::size_t s_depth = 40;
+
+    explicit DeepChain(VarFrame* root) {
+        for (std::size_t i = 0; i < s_depth; ++i)
+            m_frames.push_back(
+                std::make_unique<VarFrame>(m_frames.empty() ? root : m_frames.back().get()));
+    }
+    ~DeepChain() {
+        while (!m_frames.empty())
+            m_frames.pop_back();
+    }
+
+    VarFrame& At(std::size_t i) { return *m_frames[i]; }
+    VarFrame& Innermost() { return *m_frames.back(); }
+    void Pop() { m_frames.pop_back(); }
+
+private:
+    std::vector<std::unique_ptr<VarFrame>> m_frames;
+};
+
+TEST(DeepFrames, FindTheNamesOfTheFile) {
+    FileScopeVarFrame file;
+    const LSVariable* m = Define(file, "m");
+    DeepChain chain(&file);
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), m);
+    EXPECT_EQ(chain.Innermost().Find2("m"), m);
+    EXPECT_EQ(chain.Innermost().Find("n", nullptr), nullptr);
+    EXPECT_EQ(chain.Innermost().Find2("n"), nullptr);
+}
+
+TEST(DeepFrames, FindTheInnermostOfAName) {
+    FileScopeVarFrame file;
+    Define(file, "m");
+    DeepChain chain(&file);
+    for (std::size_t i = 0; i < DeepChain::s_depth; ++i) {
+        const LSVariable* m = Define(chain.At(i), "m");
+        EXPECT_EQ(chain.Innermost().Find("m", nullptr), m) << i;
+        EXPECT_EQ(chain.Innermost().Find2("m"), m) << i;
+    }
+}
+
+TEST(DeepFrames, FindWhatLiesBetweenOnceItIsDefined) {
+    FileScopeVarFrame file;
+    const LSVariable* ofFile = Define(file, "m");
+    DeepChain chain(&file);
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), ofFile);
+    const LSVariable* between = Define(chain.At(3), "m");
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), between);
+    EXPECT_EQ(chain.Innermost().Find2("m"), between);
+    EXPECT_EQ(chain.At(3).Find("m", nullptr), between);
+    EXPECT_EQ(chain.At(2).Find("m", nullptr), ofFile);
+}
+
+// The bytes m...m and m??m fall into one slot, and so do names that hide each other.
+TEST(DeepFrames, TellNamesApartThatShareASlot) {
+    ASSERT_EQ(LocalNames::SlotOf("mabm"), LocalNames::SlotOf("mcdm"));
+    FileScopeVarFrame file;
+    const LSVariable* ofFile = Define(file, "mabm");
+    DeepChain chain(&file);
+    const LSVariable* other = Define(chain.At(0), "mcdm");
+    EXPECT_EQ(chain.Innermost().Find("mabm", nullptr), ofFile);
+    EXPECT_EQ(chain.Innermost().Find("mcdm", nullptr), other);
+}
+
+TEST(DeepFrames, ForgetAFrameThatHasEnded) {
+    FileScopeVarFrame file;
+    const LSVariable* ofFile = Define(file, "m");
+    const LSVariable* empty = Define(file, "");
+    DeepChain chain(&file);
+    Define(chain.Innermost(), "m");
+    Define(chain.Innermost(), "m");
+    Define(chain.Innermost(), "");
+    chain.Pop();
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), ofFile);
+    EXPECT_EQ(chain.Innermost().Find("", nullptr), empty);
+    EXPECT_FALSE(file.m_localNames->MayHold("m"));
+    EXPECT_FALSE(file.m_localNames->MayHold(""));
+}
+
+TEST(DeepFrames, SeeWhatAFrameBetweenImports) {
+    FileScopeVarFrame file;
+    FileScopeVarFrame imported;
+    const LSVariable* late = Define(imported, "late");
+    DeepChain chain(&file);
+    EXPECT_EQ(chain.Innermost().Find("late", nullptr), nullptr);
+    chain.At(1).ImportFrame(&imported);
+    EXPECT_EQ(chain.Innermost().Find("late", nullptr), late);
+}
+
+TEST(DeepFrames, SeeWhatTheFileImports) {
+    FileScopeVarFrame imported;
+    const LSVariable* m = Define(imported, "m");
+    FileScopeVarFrame file;
+    file.AddImport(&imported);
+    DeepChain chain(&file);
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), m);
+    EXPECT_EQ(chain.Innermost().Find2("m"), nullptr);
+    EXPECT_FALSE(file.m_localNames->MayHold("m"));
+}
+
+TEST(DeepFrames, NeedNoFile) {
+    VarFrame root(nullptr);
+    const LSVariable* m = Define(root, "m");
+    DeepChain chain(&root);
+    const LSVariable* n = Define(chain.At(0), "n");
+    EXPECT_EQ(chain.Innermost().Find("m", nullptr), m);
+    EXPECT_EQ(chain.Innermost().Find("n", nullptr), n);
+    EXPECT_EQ(chain.Innermost().Find2("m"), m);
+    EXPECT_EQ(chain.Innermost().Find2("x"), nullptr);
 }
 
 // ---- dollar macros -----------------------------------------------------------------------------
