@@ -108,7 +108,7 @@ TEST_F(ToolJson, HoldsTheEndOfARunAtItsLimits) {
 #if !defined(QZ_SANITIZED)
 TEST_F(ToolJson, HoldsTheEndOfTheMemoryWithoutASanitizer) {
     Write("a.qz", std::string(60'000'000, ' '));
-    EXPECT_EQ(ReportOf({"--limit-memory=60", "a.qz"}), Json::parse(R"({
+    EXPECT_EQ(ReportOf({"--limit-memory=60", "--limit-stack=8", "a.qz"}), Json::parse(R"({
         "severity": "error", "message": "the memory ran out",
         "context": [], "hints": ["--limit-memory=MIB gives it more"], "imports": []
     })"));

@@ -103,7 +103,15 @@ TEST_F(ToolStack, GoesAsDeepAsItsSizeAllows) {
         text += "@def m" + std::to_string(i) + " = m" + std::to_string(i - 1) + "\n";
     text += "m3000";
     EXPECT_EQ(RunOut(text).status, 3);
-    EXPECT_EQ(RunOut(text, {"--limit-stack=64"}), (Result{0, "end", ""}));
+    EXPECT_EQ(Run({"a.qz"}), (Result{0, "end", ""}));
+}
+
+TEST_F(ToolStack, EndsWithAMessageAtTheSizeThatItHasUnasked) {
+    EXPECT_EQ(Run({}, "@def a = a\na\n"),
+              (Result{3, "",
+                      "<stdin>(1) : the stack of 64 MiB ran out in macro a\n"
+                      "<stdin>(2) : in macro a\n"
+                      "hint: --limit-stack=MIB gives it more\n"}));
 }
 
 // ---- time --------------------------------------------------------------------------------------
@@ -195,7 +203,7 @@ TEST_F(ToolLimits, ReportsWhereTheMemoryRanOutWithoutASanitizer) {
 
 TEST_F(ToolLimits, ReportsAnInputThatTheMemoryCannotHoldWithoutASanitizer) {
     Write("a.qz", std::string(60'000'000, ' '));
-    EXPECT_EQ(Run({"--limit-memory=60", "a.qz"}),
+    EXPECT_EQ(Run({"--limit-memory=60", "--limit-stack=8", "a.qz"}),
               (Result{3, "",
                       "qzexpand: the memory ran out\n"
                       "hint: --limit-memory=MIB gives it more\n"}));

@@ -44,7 +44,7 @@ const char s_help[] =
     "  --line-markers        put #line directives into the output\n"
     "  --python              allow the text to run Python\n"
     "  --eval EXPRESSION     evaluate an expression and write its value\n"
-    "  --limit-stack MIB     the stack for nested macros (8)\n"
+    "  --limit-stack MIB     the stack for nested macros (64)\n"
     "  --limit-memory MIB    the memory in all, 0 for no limit (most of the machine's)\n"
     "  --limit-output MIB    the expansion, 0 for no limit (0)\n"
     "  --limit-time SECONDS  the time in all, 0 for no limit (0)\n"

@@ -56,7 +56,7 @@ struct Options {
     bool allowPython = false;
 
     // The bounds of the run; 0 is none.
-    long stackLimit = 8;    // in MiB, not 0
+    long stackLimit = 64;   // in MiB, not 0
     long memoryLimit = -1;  // in MiB; below 0: most of what the machine has
     long timeLimit = 0;     // in seconds
     long outputLimit = 0;   // in MiB

@@ -72,7 +72,7 @@ long LineOf(const Step& step) {
 
 // ---- for people --------------------------------------------------------------------------------
 
-//   a.qz(2) : the stack of 8 MiB ran out in macro pong
+//   a.qz(2) : the stack of 64 MiB ran out in macro pong
 //   a.qz(1) : in macro ping
 //   hint: ...
 void WriteText(ShortText& report, const Stop& stop) {
