@@ -114,8 +114,8 @@ TEST_F(QzmapLookup, QuotesOnlyTheStartOfALongText) {
     WriteFiles(a);
     EXPECT_EQ(Found({"1"}), "a.qz:1:1: column 1: calculated from `@(1 +...`\n@(1 +\n^~~~~\n");
     EXPECT_EQ(Found({"2"}), "a.qz:3:1: column 1: calculated from `@(" + std::string(58, '1')
-                                + "...`\n@(" + std::string(158, '1') + "...\n^"
-                                + std::string(159, '~') + "\n");
+                                + "...`\n@(" + std::string(98, '1') + "...\n^"
+                                + std::string(99, '~') + "\n");
 }
 
 // Of a directive, qzexpand maps the @ alone.
@@ -146,8 +146,8 @@ TEST_F(QzmapLookup, CutsALongLineOnBothSides) {
     a.AddFile("a.qz", line);
     a.Copy(0, line);
     WriteFiles(a);
-    EXPECT_EQ(Found({"1:1001"}), "a.qz:1:1001: copied\n..." + std::string(80, 'a') + "b"
-                                     + std::string(159, 'c') + "...\n" + std::string(83, ' ')
+    EXPECT_EQ(Found({"1:1001"}), "a.qz:1:1001: copied\n..." + std::string(100, 'a') + "b"
+                                     + std::string(99, 'c') + "...\n" + std::string(103, ' ')
                                      + "^\n");
 }
 

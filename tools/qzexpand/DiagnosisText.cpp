@@ -5,6 +5,8 @@
 
 #include "Backtrace.h"
 #include "Diagnosis.h"
+#include "common/Excerpt.h"
+#include "common/Views.h"
 
 namespace qztools {
 
@@ -66,7 +68,9 @@ private:
     }
 
     void AddExcerpt(const Place& place) {
-        const Excerpt excerpt = MakeExcerpt(place, m_diagnosis.size);
+        const Excerpt excerpt =
+            MakeExcerpt(ToView(place.bytes), static_cast<std::size_t>(place.column),
+                        static_cast<std::size_t>(m_diagnosis.size));
         if (excerpt.line.empty())
             return;
         m_report += excerpt.line + '\n' + excerpt.blanks;

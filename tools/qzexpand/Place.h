@@ -26,18 +26,6 @@ Place FindPlaceBehind(const Place& earlier, const char* pos);
 // "name(line) : "
 std::string PlaceName(const Place& place);
 
-// A line of source, and the line with the mark below its column: ^, or ^~~~ for a stretch. Both
-// are visible, see Visible.h, and without their line ends.
-struct Excerpt {
-    std::string line;
-    std::string blanks;  // in front of the mark
-    std::string mark;
-};
-
-// Marks a stretch of that many bytes. Of a very long line, the part around the mark is shown; of
-// an empty one, nothing.
-Excerpt MakeExcerpt(const Place& place, vorn::ssize_t size);
-
 // The places that led to a text by their imports, innermost first.
 std::vector<Place> ImportsOf(const SourceTexts& texts, const SourceText& text);
 

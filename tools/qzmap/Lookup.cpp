@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "Excerpt.h"
 #include "Origin.h"
+#include "common/Excerpt.h"
 #include "common/Fault.h"
 #include "common/Views.h"
 #include "common/Visible.h"
@@ -50,7 +50,10 @@ std::string ExcerptOf(const Text& text, const Range& range) {
         return {};
     const std::string_view line = text.Line(position.line);
     const std::int64_t end = text.LineStart(position.line) + static_cast<std::int64_t>(line.size());
-    return Excerpt(line, position.column - 1, std::min(range.last, end) - range.first);
+    const std::int64_t size = std::max<std::int64_t>(std::min(range.last, end) - range.first, 1);
+    const Excerpt excerpt = MakeExcerpt(line, static_cast<std::size_t>(position.column - 1),
+                                        static_cast<std::size_t>(size));
+    return line.empty() ? "" : excerpt.line + '\n' + excerpt.blanks + excerpt.mark + '\n';
 }
 
 std::string Shown(const Text& text, std::int64_t offset) {
