@@ -261,23 +261,23 @@ struct Field {
     Part part;
     std::string_view name;
     Type type;
-    Part inside = Part::Outside;
+    Part inside;  // Outside for what holds no parts
 };
 
 constexpr Field s_fields[] = {
-    {Part::Map,      "format",   Type::String       },
-    {Part::Map,      "version",  Type::Number       },
-    {Part::Map,      "output",   Type::Object,        Part::Output},
-    {Part::Map,              "sources",                Type::Array,             Part::Sources},
-    {Part::Map, "pieces",           Type::Array,          Part::Pieces},
-    {Part::Output,   "name",Type::String},
-    {Part::Output,      "size",              Type::Number                                },
-    {Part::Output,   "hash",Type::String},
-    {Part::Source,      "name",                 Type::String                                                             },
-    {Part::Source,   "size",Type::Number},
-    {Part::Source,      "hash",                    Type::String                                                                                                },
-    {Part::Source,   "text",Type::String},
-    {Part::Source,      "base64",                       Type::String                                                                                                                                         },
+    {Part::Map,    "format",  Type::String, Part::Outside},
+    {Part::Map,    "version", Type::Number, Part::Outside},
+    {Part::Map,    "output",  Type::Object, Part::Output },
+    {Part::Map,    "sources", Type::Array,  Part::Sources},
+    {Part::Map,    "pieces",  Type::Array,  Part::Pieces },
+    {Part::Output, "name",    Type::String, Part::Outside},
+    {Part::Output, "size",    Type::Number, Part::Outside},
+    {Part::Output, "hash",    Type::String, Part::Outside},
+    {Part::Source, "name",    Type::String, Part::Outside},
+    {Part::Source, "size",    Type::Number, Part::Outside},
+    {Part::Source, "hash",    Type::String, Part::Outside},
+    {Part::Source, "text",    Type::String, Part::Outside},
+    {Part::Source, "base64",  Type::String, Part::Outside},
 };
 
 constexpr const char* s_typeNames[] = {"a string", "a whole number", "an object", "a list"};
