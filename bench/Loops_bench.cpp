@@ -1,4 +1,5 @@
-// Loops: what they cost for each turn, at the top of a text and inside ten nested macro calls.
+// Loops: what they cost for each turn, at the top of a text and inside ten nested macro calls; and
+// recursion, for each level.
 //
 // Every benchmark runs at a tenth of the size, at the size itself and at three times the size:
 // time and memory must grow in proportion, so that the cost of a turn stays the same.
@@ -22,6 +23,7 @@ constexpr long s_turns = 100'000;
 constexpr long s_records = 300;
 constexpr long s_fields = 20;
 constexpr int s_levels = 10;
+constexpr long s_depth = 1500;
 
 std::string Join(std::initializer_list<std::string_view> parts) {
     std::string result;
@@ -191,6 +193,16 @@ void BM_Records(benchmark::State& state, Place place) {
     Expand(state, place(Records(records)), "field", records * s_fields);
 }
 
+// Each level uses names of the file, its own, and a last one: of the file as well, or of the
+// outermost call, for which all calls between are asked.
+void BM_Recursion(benchmark::State& state, std::string_view lastName) {
+    const long depth = s_depth / 10 * state.range(0);
+    const std::string text =
+        Join({"@def file = x\n@def f(int n) = @if (n > 0) {", lastName,
+              ", f(n - 1)}\n@def start(outermost) = f(", Number(depth), ")\nstart(x)\n"});
+    Expand(state, text, "level", depth);
+}
+
 void Sizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgName("tenths")->Arg(1)->Arg(10)->Arg(30)->Unit(benchmark::kMillisecond);
 }
@@ -201,6 +213,9 @@ BENCHMARK_CAPTURE(BM_Count, AtTheTop, AtTheTop)->Apply(Sizes);
 BENCHMARK_CAPTURE(BM_Count, InNestedCalls, InNestedCalls)->Apply(Sizes);
 BENCHMARK_CAPTURE(BM_Records, AtTheTop, AtTheTop)->Apply(Sizes);
 BENCHMARK_CAPTURE(BM_Records, InNestedCalls, InNestedCalls)->Apply(Sizes);
+
+BENCHMARK_CAPTURE(BM_Recursion, NameOfTheFile, "file")->Apply(Sizes);
+BENCHMARK_CAPTURE(BM_Recursion, NameOfTheOutermostCall, "outermost")->Apply(Sizes);
 
 }  // namespace
 
