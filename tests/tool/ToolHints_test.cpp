@@ -152,6 +152,21 @@ TEST_F(ToolHints, AreNotGivenForWhatAnAuthorSays) {
         EXPECT_EQ(HintsFor("@fail(\"" + message + "\")\xc3\xa9"), "") << message;
 }
 
+// An error in the second pass of an @[ ] lies at the @[, not at the name of the directive.
+TEST_F(ToolHints, AreNotGivenForWhatAnAuthorSaysInASecondPass) {
+    for (const std::string message :
+         {"Expected digit(s) (not x", "Can't assign to it", "Unexpected -- after x",
+          "No implicit conversion from int64 to bool",
+          "Incompatible types (string and int64) for + operation",
+          "Python initialisation error: forbidden by the host"}) {
+        EXPECT_EQ(HintsFor("@[@quote(@fail)(\"" + message + "\")]"), "") << message;
+        EXPECT_EQ(HintsFor("@[@quote(@def f(x) = @fail(x))\n@quote(f)(\"" + message + "\")]"), "")
+            << message;
+    }
+    EXPECT_EQ(HintsFor("@[@quote(@if) (1) {}]"),
+              "hint: a number is neither true nor false; compare it, as in n != 0\n");
+}
+
 TEST_F(ToolHints, ShowTheirBytesInAVisibleForm) {
     EXPECT_EQ(HintsFor("@def f(x) = x\nf(\"\xc3\xa9\"\xe9n't)"), HintsFor("\xe9"));
     EXPECT_EQ(HintsFor("\"\" a'\x1b\n"),

@@ -21,6 +21,7 @@ struct Situation {
     const SourceText* text;       // null where the position lies in no text
     std::string_view before;      // the text up to the position
     std::string_view behind;      // and from it on
+    bool isAuthors;               // whether the message may be that of an @fail
 };
 
 bool Contains(std::string_view s, std::string_view part) {
@@ -220,6 +221,14 @@ bool IsOfFail(std::string_view before) {
     return before.ends_with('@');
 }
 
+// The second pass of an @[ ] has no places of its own, so that the error of an @fail there lies at
+// the @[ and its message may be the author's own.
+bool MayBeOfFail(const Backtrace& backtrace) {
+    return std::any_of(
+        backtrace.context.begin(), backtrace.context.end(),
+        [](std::string_view line) { return line.starts_with("in @[") && Contains(line, "fail"); });
+}
+
 // The first line of context shows the expression that the error was met in. An expression of the
 // command line that has nothing to be expanded has no such line.
 std::string_view FindExpression(const Backtrace& backtrace, const SourceText* text) {
@@ -234,11 +243,12 @@ std::string_view FindExpression(const Backtrace& backtrace, const SourceText* te
 
 Situation Describe(const SourceTexts& texts, const LexScannerException& e) {
     const Backtrace backtrace = ParseBacktrace(ToView(e.m_description));
-    Situation s{backtrace.message, {}, texts.Find(e.m_pos), {}, {}};
+    Situation s{backtrace.message, {}, texts.Find(e.m_pos), {}, {}, MayBeOfFail(backtrace)};
     s.expression = FindExpression(backtrace, s.text);
     if (s.text != nullptr) {
         s.before = ToView(SubString(s.text->text.data(), e.m_pos));
         s.behind = ToView(SubString(e.m_pos, s.text->text.data_end()));
+        s.isAuthors = s.isAuthors || IsOfFail(s.before);
     }
     return s;
 }
@@ -248,7 +258,7 @@ Situation Describe(const SourceTexts& texts, const LexScannerException& e) {
 std::vector<std::string> FindHints(const SourceTexts& texts, const LexScannerException& e) {
     const Situation situation = Describe(texts, e);
     std::vector<std::string> hints;
-    if (IsOfFail(situation.before))
+    if (situation.isAuthors)
         return hints;
     for (const HintRow& row : s_hints) {
         if (!situation.message.starts_with(row.beginning))
