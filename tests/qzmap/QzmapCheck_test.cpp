@@ -2,6 +2,8 @@
 
 #include "QzmapTest.h"
 
+#include <sys/stat.h>
+
 namespace {
 
 using qzmap_test::Composition;
@@ -49,6 +51,56 @@ TEST_F(QzmapCheck, NamesTheFirstByteThatIsNoIndentation) {
     map.pieces[2].offset += 2;
     map.pieces[2].length -= 2;
     ExpectFault(map, "a.cpp.map: a.cpp:3:5: this is no indentation");
+}
+
+TEST_F(QzmapCheck, CountsOneAsOne) {
+    Composition a("a.cpp");
+    a.Insert("\r");
+    WriteFiles(a);
+    EXPECT_EQ(Qzmap({"check", "a.cpp.map"}),
+              (Result{0, "a.cpp.map: 1 byte, 1 piece, all proven\n", ""}));
+}
+
+// A map of a text that was all put in would prove nothing.
+TEST_F(QzmapCheck, KnowsWhatTheToolPutsIn) {
+    const char* accepted[] = {"\r", "#line 7 \"a.qz\"\n", "#line 7 \"a b\"\r\n"};
+    for (const char* inserted : accepted) {
+        Composition a("a.cpp");
+        a.Insert(inserted);
+        WriteFiles(a);
+        EXPECT_EQ(Qzmap({"check", "a.cpp.map"}).status, 0) << inserted;
+    }
+    const char* refused[] = {"x",
+                             "\n",
+                             "\r\n",
+                             " ",
+                             "#line",
+                             "#line 7 a.qz\n",
+                             "#line 7 \"a.qz\"",
+                             "#line \"a.qz\"\nx",
+                             "#line 7 \"a\"\n#line 8 \"a\"\n",
+                             "#line 777777777"};
+    for (const char* inserted : refused) {
+        Composition a("a.cpp");
+        a.Insert(inserted);
+        WriteFiles(a);
+        EXPECT_EQ(
+            Qzmap({"check", "a.cpp.map"}),
+            (Result{1, "", "qzmap: a.cpp.map: a.cpp:1:1: this is nothing that the tool puts in\n"}))
+            << inserted;
+    }
+}
+
+TEST_F(QzmapCheck, ReadsNothingThatMightNotEnd) {
+    const Composition a = EveryKind();
+    WriteFiles(a);
+    qztools::Map map = a.Map();
+    map.outputName = "/dev/zero";
+    ExpectFault(map, "a.cpp.map: /dev/zero is no regular file");
+    map = a.Map();
+    map.sources[0].name = "pipe";
+    ASSERT_EQ(::mkfifo(PathOf("pipe").c_str(), 0600), 0);
+    ExpectFault(map, "a.cpp.map: pipe is no regular file");
 }
 
 TEST_F(QzmapCheck, RefusesPiecesThatDoNotAddUp) {

@@ -207,6 +207,15 @@ class Small(Page):
         self.pane("output").send_keys(Keys.HOME)
         self.assertEqual(self.text_of("status"), "a.cpp:1:1: copied from a.cpp.qz:1:17")
 
+    def test_keys_work_from_the_start_and_behind_a_search(self):
+        ActionChains(self.browser).send_keys(Keys.ARROW_RIGHT).perform()
+        self.assertEqual(self.lit("output"), ["int "])
+        ActionChains(self.browser).send_keys("/").send_keys("return").perform()
+        self.assertEqual(self.focused(), "needle")
+        ActionChains(self.browser).send_keys(Keys.ENTER, Keys.ESCAPE, Keys.ARROW_RIGHT).perform()
+        self.assertEqual(self.focused(), "output")
+        self.assertEqual(len(self.lit("output")), 1)
+
     def test_arrows_go_over_the_source(self):
         self.pane("source").send_keys(Keys.END, Keys.ARROW_LEFT)
         seen = []

@@ -366,6 +366,7 @@ constexpr ReplaceCase s_replaceCases[] = {
     {"{\"name\":\"a\"",       "\"a\",{\"name\":\"a\"",         "source 0 is no object"                                      },
     {"\"name\":\"a\"",        "\"name\":\"a\",\"size\":20",    "the field \"size\" stands there twice"                      },
     {"\"name\":\"a\"",        "\"n\":{}",                      "the field \"n\" is not known"                               },
+    {"\"name\":\"a\"",        "\"name\":\"a\\u0000b\"",        "the field \"name\" has a zero byte"                         },
     {"\"name\":\"a\"",        "\"name\":{}",                   "the field \"name\" is not a string"                         },
     {"\"pieces\":[\"U\"]",    "\"output\":{}",                 "the field \"output\" stands there twice"                    },
     {",\"pieces\":[\"U\"]",   "",                              "the field \"pieces\" is missing"                            },

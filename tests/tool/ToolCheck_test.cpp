@@ -28,6 +28,16 @@ TEST_F(ToolCheck, IsSilentWhereNothingWouldChange) {
     EXPECT_EQ(FileNames(), Names{"out"});
 }
 
+// Nobody ever writes to the pipe, and the zeros have no end.
+TEST_F(ToolCheck, ReadsNothingThatMightNotEnd) {
+    ASSERT_EQ(::mkfifo(PathOf("pipe").c_str(), 0600), 0);
+    for (const std::string name : {"pipe", "/dev/zero"})
+        EXPECT_EQ(
+            Run({"--check", "-o", name}, "x"),
+            (Result{1, "",
+                    "qzexpand: " + name + ": no regular file, which --check could compare\n"}));
+}
+
 TEST_F(ToolCheck, ShowsWhatWouldChange) {
     Write("out", "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n13\n14\n15\n16\n");
     EXPECT_EQ(

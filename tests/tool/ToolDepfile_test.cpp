@@ -82,13 +82,26 @@ TEST_F(ToolDepfile, NeedsATarget) {
     EXPECT_EQ(FileNames(), Names{});
 }
 
+// Make would take it for a line that goes on.
+TEST_F(ToolDepfile, RefusesNamesThatEndWithABackslash) {
+    Write("b\\", "");
+    Write("a.qz", "@import \"b\\\\\"\n");
+    EXPECT_EQ(Run({"--depfile", "dep", "-o", "out", "a.qz"}),
+              Failure("b\\: a depfile cannot hold a name with a line end or with a backslash at "
+                      "its end"));
+}
+
 TEST_F(ToolDepfile, RefusesNamesWithLineEnds) {
     Write("b\nc.qz", "");
     Write("a.qz", "@import \"b\\nc.qz\"\n");
-    EXPECT_EQ(Run({"--depfile", "dep", "-o", "out", "a.qz"}),
-              Failure("b\\x0ac.qz: a depfile cannot hold a name with a line end"));
-    EXPECT_EQ(Run({"--depfile", "dep", "-o", "o\rut", "--eval", "1"}),
-              Failure("o\\x0dut: a depfile cannot hold a name with a line end"));
+    EXPECT_EQ(
+        Run({"--depfile", "dep", "-o", "out", "a.qz"}),
+        Failure("b\\x0ac.qz: a depfile cannot hold a name with a line end or with a backslash at "
+                "its end"));
+    EXPECT_EQ(
+        Run({"--depfile", "dep", "-o", "o\rut", "--eval", "1"}),
+        Failure("o\\x0dut: a depfile cannot hold a name with a line end or with a backslash at "
+                "its end"));
     EXPECT_EQ(FileNames(), (Names{"a.qz", "b\nc.qz"}));
 }
 

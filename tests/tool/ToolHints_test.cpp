@@ -75,6 +75,7 @@ TEST_F(ToolHints, ExplainTwoMinusSigns) {
         " apart\n";
     EXPECT_EQ(HintsFor("@(1.5 --2)"), rule);
     EXPECT_EQ(HintsFor("@(5--)"), rule);
+    EXPECT_EQ(HintsFor("@assert(5 --2 == 7)"), rule);
     EXPECT_EQ(HintsFor("@(--2)"), rule);
     EXPECT_EQ(HintsFor("@let int n = 3\n@let n = n--\n"), rule);
     EXPECT_EQ(HintsFor("@let double x = 2.5\n@if (x--1 > 2) {}"), rule);
@@ -87,6 +88,8 @@ TEST_F(ToolHints, SayNothingOfTwoMinusSignsThatAreNotTheFault) {
     EXPECT_EQ(HintsFor("@(1.5 << 2)"), "");
     EXPECT_EQ(HintsFor("@(1.5 << (3 --2))"), "");
     EXPECT_EQ(HintsFor("@(1 --2 +)"), "");
+    EXPECT_EQ(HintsFor("@assert(5 << 2 == 5 --1)"), "");
+    EXPECT_EQ(HintsFor("@assert(\"--\" == \"\")"), "");
     EXPECT_EQ(Run({}, "a-- b--c").out, "a-- b--c");
 }
 

@@ -30,7 +30,7 @@ protected:
 TEST_F(ToolUnknown, IsReportedAtItsPlaceAndStaysInTheOutput) {
     EXPECT_EQ(Run({"--warn-unknown"}, "a\n  b @iff (x) c\n"),
               (Result{0, "a\n  b @iff (x) c\n",
-                      "<stdin>(2) : warning: @iff is neither a directive nor a variable and stays"
+                      "<stdin>(2) : warning: @iff is neither a directive nor a value and stays"
                       " as it is\n"
                       "  b @iff (x) c\n"
                       "    ^~~~\n"
@@ -45,7 +45,7 @@ TEST_F(ToolUnknown, IsReportedForEditorsWithItsWholeStretch) {
     const std::string report = Run({"--warn-unknown", "--diagnostics=json"}, "\n b @whlie {}").err;
     EXPECT_EQ(nlohmann::json::parse(report), nlohmann::json::parse(R"({
         "severity": "warning", "file": "<stdin>", "line": 2, "column": 4, "endColumn": 10,
-        "message": "@whlie is neither a directive nor a variable and stays as it is",
+        "message": "@whlie is neither a directive nor a value and stays as it is",
         "context": [], "hints": ["did you mean @while?"], "imports": []
     })"));
 }
@@ -54,7 +54,7 @@ TEST_F(ToolUnknown, CanBeAnError) {
     Write("a.qz", "@nothing_like_it\n");
     EXPECT_EQ(Run({"--warn-unknown=error", "-o", "out", "a.qz"}),
               (Result{1, "",
-                      "a.qz(1) : @nothing_like_it is neither a directive nor a variable and stays"
+                      "a.qz(1) : @nothing_like_it is neither a directive nor a value and stays"
                       " as it is\n"
                       "@nothing_like_it\n"
                       "^~~~~~~~~~~~~~~~\n"
@@ -134,7 +134,7 @@ TEST_F(ToolUnknown, IsNotFoundInAnImportThatIsKept) {
 TEST_F(ToolUnknown, IsFoundInImportedFiles) {
     Write("b.qz", "\n@iff\n");
     EXPECT_EQ(Run({"--warn-unknown"}, "@import \"b.qz\"\n").err,
-              "b.qz(2) : warning: @iff is neither a directive nor a variable and stays as it is\n"
+              "b.qz(2) : warning: @iff is neither a directive nor a value and stays as it is\n"
               "@iff\n"
               "^~~~\n"
               "<stdin>(1) : b.qz is imported here\n"
@@ -146,12 +146,12 @@ TEST_F(ToolUnknown, IsFoundInImportedFiles) {
 TEST_F(ToolUnknown, IsReportedInFrontOfTheErrorThatItMayHaveCaused) {
     Write("b.qz", "@iff (x) {@fail(\"stop\")}\n");
     EXPECT_EQ(Run({"--warn-unknown"}, "@esle\n@import \"b.qz\"\n").err,
-              "b.qz(1) : warning: @iff is neither a directive nor a variable and stays as it is\n"
+              "b.qz(1) : warning: @iff is neither a directive nor a value and stays as it is\n"
               "@iff (x) {@fail(\"stop\")}\n"
               "^~~~\n"
               "<stdin>(2) : b.qz is imported here\n"
               "hint: did you mean @if?\n"
-              "<stdin>(1) : warning: @esle is neither a directive nor a variable and stays as it"
+              "<stdin>(1) : warning: @esle is neither a directive nor a value and stays as it"
               " is\n"
               "@esle\n"
               "^~~~~\n"

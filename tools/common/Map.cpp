@@ -452,6 +452,8 @@ private:
         const bool inSource = m_part == Part::Source;
         if (name == "format" && value != s_format)
             Refuse(QuoteField(name) + " is not \"" + std::string(s_format) + '"');
+        if (name == "name" && value.find('\0') != std::string::npos)
+            Refuse(QuoteField("name") + " has a zero byte");
         if (name == "name")
             (inSource ? m_map.sources.back().name : m_map.outputName) = std::move(value);
         else if (name == "hash")

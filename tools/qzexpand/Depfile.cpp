@@ -12,7 +12,8 @@ namespace {
 constexpr std::size_t s_lineLength = 72;
 
 [[noreturn]] void ThrowUnwritable(const std::string& name) {
-    throw Fault(name + ": a depfile cannot hold a name with a line end");
+    throw Fault(name
+                + ": a depfile cannot hold a name with a line end or with a backslash at its end");
 }
 
 // A name as Make reads it. Backslashes stand for themselves, but those in front of a blank would
@@ -20,7 +21,7 @@ constexpr std::size_t s_lineLength = 72;
 // Kept: those in front of # are not doubled, although Make would want it. Compilers do the same,
 // and Ninja reads what they write.
 std::string Escape(const std::string& name) {
-    if (name.find_first_of("\n\r") != std::string::npos)
+    if (name.find_first_of("\n\r") != std::string::npos || name.ends_with('\\'))
         ThrowUnwritable(name);
     std::string escaped;
     std::size_t backslashes = 0;

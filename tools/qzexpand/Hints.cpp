@@ -119,11 +119,22 @@ std::string ForExpression(const Situation& s, const char* hint) {
     return s.expression.empty() ? "" : hint;
 }
 
-std::string ExplainMinus(const Situation& s) {
-    const bool isCertain = Contains(s.expression, "--") && !Contains(s.expression, "<<");
+// The hint on a -- in an expression, unless it may be meant or stand in a string.
+std::string ExplainMinusIn(std::string_view expression) {
+    const bool isCertain = Contains(expression, "--") && !Contains(expression, "<<")
+                           && expression.find_first_of("\"'") == std::string_view::npos;
     return isCertain ? "-- is read as <<, a shift to the left; a blank between them keeps two minus"
                        " signs apart"
                      : "";
+}
+
+std::string ExplainMinus(const Situation& s) {
+    return ExplainMinusIn(s.expression);
+}
+
+// The message shows the expression in the lines behind its first.
+std::string ExplainAssertion(const Situation& s) {
+    return ExplainMinusIn(s.message);
 }
 
 std::string ExplainOperatorMinus(const Situation& s) {
@@ -192,6 +203,7 @@ constexpr HintRow s_hints[] = {
     {"Met EOS within single quoted string",                ExplainApostrophe     },
     {"Met line feed within double quoted string",          ExplainQuote          },
     {"Met EOS within double quoted string",                ExplainQuote          },
+    {"Assertion failure\n",                                ExplainAssertion      },
     {"Bad token ",                                         ExplainByte           },
     {"Expected digit (not ",                               ExplainPoint          },
     {"Expected digit(s) (not ",                            ExplainExponent       },

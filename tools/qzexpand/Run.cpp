@@ -10,6 +10,7 @@
 #include "Definitions.h"
 #include "Depfile.h"
 #include "Expressions.h"
+#include "FilesWritten.h"
 #include "Guard.h"
 #include "Limits.h"
 #include "LineMarkers.h"
@@ -107,6 +108,7 @@ int Produce(Session& session) {
         throw OutputIsFull(session.options, nullptr);
     if (session.options.check)
         return CheckFile(session.options.output, products.output) ? 0 : s_statusDiffers;
+    RefuseLosses(session.options, session.filesRead);
     WriteFiles(session, products);
     return 0;
 }

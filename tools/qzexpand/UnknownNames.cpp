@@ -120,7 +120,7 @@ void UnknownNames::ReportName(const SourceText& text, const char* at, SubString 
     remark.size = name.m_p2 - at;
     remark.message = '@';
     remark.message.append(ToView(name))
-        .append(" is neither a directive nor a variable and stays as it is");
+        .append(" is neither a directive nor a value and stays as it is");
     remark.hint = SuggestName(m_session.frame, ToView(name));
     ReportRemark(m_session.texts, remark);
 }

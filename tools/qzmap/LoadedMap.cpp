@@ -80,6 +80,8 @@ LoadedMap::LoadedMap(std::string path, const Whereabouts& whereabouts)
 
 void LoadedMap::LoadOutput(const Whereabouts& whereabouts) {
     const std::string path = OutputPath(m_name, whereabouts, m_map.outputName);
+    if (!whereabouts.output)
+        RefuseOthers(path, m_map.outputSize);
     m_texts.emplace_back(path, path, ReadUnchanged(path, m_map.outputSize, m_map.outputHash));
 }
 
@@ -89,14 +91,30 @@ void LoadedMap::LoadSource(const MapSource& source, const Whereabouts& whereabou
         return;
     }
     const std::string path = PathOfName(m_name, whereabouts, source.name);
+    RefuseOthers(path, source.size);
     m_texts.emplace_back(path, path, ReadUnchanged(path, source.size, source.hash));
+}
+
+// What a map names is a file of a known size, so that nothing else is read: a pipe might never end.
+void LoadedMap::RefuseOthers(const std::string& path, std::int64_t size) const {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
+        throw Fault(m_name + ": " + path + " is no regular file");
+    if (fs::is_regular_file(status)
+        && fs::file_size(path, error) != static_cast<std::uintmax_t>(size))
+        ThrowChanged(path);
+}
+
+void LoadedMap::ThrowChanged(const std::string& path) const {
+    throw Fault(m_name + ": " + path + " is not what it was when the map was made");
 }
 
 std::string LoadedMap::ReadUnchanged(const std::string& path, std::int64_t size,
                                      const std::string& hash) {
     std::string bytes = ReadOrThrow(path, m_name + ": " + path);
     if (static_cast<std::int64_t>(bytes.size()) != size || HashOf(bytes) != hash)
-        throw Fault(m_name + ": " + path + " is not what it was when the map was made");
+        ThrowChanged(path);
     return bytes;
 }
 

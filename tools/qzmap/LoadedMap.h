@@ -46,6 +46,8 @@ public:
 private:
     void LoadOutput(const Whereabouts& whereabouts);
     void LoadSource(const MapSource& source, const Whereabouts& whereabouts);
+    void RefuseOthers(const std::string& path, std::int64_t size) const;
+    [[noreturn]] void ThrowChanged(const std::string& path) const;
     std::string ReadUnchanged(const std::string& path, std::int64_t size, const std::string& hash);
 
     std::string m_name;  // its path

@@ -332,8 +332,11 @@ function listenToKeys(pane) {
 function listenToPage() {
   document.addEventListener('keydown', event => {
     const isTyping = event.target === byId('needle');
-    if (event.key === 'Escape')
+    if (event.key === 'Escape') {
       clear();
+      if (isTyping)
+        active.scroller.focus({preventScroll: true});
+    }
     if (event.key === '/' && !isTyping) {
       event.preventDefault();
       byId('needle').select();
@@ -423,5 +426,6 @@ for (const pane of [outputPane, sourcePane]) {
   listenToKeys(pane);
 }
 listenToPage();
+outputPane.scroller.focus({preventScroll: true});
 listenToFind();
 requestAnimationFrame(() => { document.documentElement.dataset.ready = 'yes'; });
