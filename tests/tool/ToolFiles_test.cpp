@@ -122,12 +122,6 @@ TEST_F(ToolFiles, WritesToStandardOutputForADash) {
     EXPECT_EQ(FileNames(), Names{});
 }
 
-TEST_F(ToolFiles, MayReplaceItsInput) {
-    Write("a.qz", "@def f = x\nf f");
-    EXPECT_EQ(Run({"-o", "a.qz", "a.qz"}), (Result{0, "", ""}));
-    EXPECT_EQ(Read("a.qz"), "x x");
-}
-
 TEST_F(ToolFiles, LeavesTheOldFileAloneWhenTheExpansionFails) {
     Write("out", "old");
     const Result result = Run({"-o", "out"}, "@fail(\"stop\")");

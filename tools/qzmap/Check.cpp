@@ -14,17 +14,6 @@ std::string_view Part(const Text& text, std::int64_t offset, std::int64_t size) 
     return text.Bytes().substr(static_cast<std::size_t>(offset), static_cast<std::size_t>(size));
 }
 
-// Whether the tool puts such bytes in: the CR of a line end, or a line marker.
-bool IsInserted(std::string_view bytes) {
-    if (bytes == "\r")
-        return true;
-    const bool isLine = bytes.starts_with("#line ") && bytes.find('\n') == bytes.size() - 1;
-    if (!isLine)
-        return false;
-    const std::string_view behind = bytes.substr(bytes.find_first_not_of("0123456789", 6));
-    return behind.starts_with(" \"") && (behind.ends_with("\"\n") || behind.ends_with("\"\r\n"));
-}
-
 [[noreturn]] void ThrowUnproven(const LoadedMap& map, std::int64_t offset,
                                 const std::string& reason) {
     throw Fault(map.Name() + ": " + PlaceName(map.Output(), offset) + ": " + reason);
@@ -38,8 +27,6 @@ void CheckPiece(const LoadedMap& map, const MapPiece& piece, std::int64_t start)
             ThrowUnproven(map, start + static_cast<std::int64_t>(written),
                           "this is no indentation");
     }
-    if (piece.kind == Kind::Inserted && !IsInserted(bytes))
-        ThrowUnproven(map, start, "this is nothing that the tool puts in");
     if (piece.kind == Kind::Copied) {
         const Text& source = map.Source(piece.source);
         const std::string_view copied = Part(source, piece.offset, piece.size);
@@ -51,10 +38,6 @@ void CheckPiece(const LoadedMap& map, const MapPiece& piece, std::int64_t start)
     }
 }
 
-}  // namespace
-
-namespace {
-
 std::string Count(std::int64_t n, const char* what) {
     return std::to_string(n) + ' ' + what + (n == 1 ? "" : "s");
 }
@@ -62,10 +45,15 @@ std::string Count(std::int64_t n, const char* what) {
 }  // namespace
 
 std::string Check(const LoadedMap& map) {
-    for (std::size_t i = 0; i < map.Pieces().size(); ++i)
-        CheckPiece(map, map.Pieces()[i], map.StartOf(i));
+    std::int64_t inserted = 0;
+    for (std::size_t i = 0; i < map.Pieces().size(); ++i) {
+        const MapPiece& piece = map.Pieces()[i];
+        CheckPiece(map, piece, map.StartOf(i));
+        inserted += piece.kind == Kind::Inserted ? piece.size : 0;
+    }
     return map.Name() + ": " + Count(map.Output().Size(), "byte") + ", "
-           + Count(std::ssize(map.Pieces()), "piece") + ", all proven";
+           + Count(std::ssize(map.Pieces()), "piece") + ", all proven"
+           + (inserted == 0 ? "" : "; " + Count(inserted, "byte") + " put in without a source");
 }
 
 }  // namespace qztools
