@@ -5,6 +5,14 @@ get_filename_component(source_dir "${CMAKE_CURRENT_LIST_DIR}/../.." ABSOLUTE)
 # As all files of the package are to be, whatever the umask.
 set(document_mode OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
+# What the tools have compiled in, which is under the same terms.
+set(json_notice "
+The tools contain JSON for Modern C++, under the MIT License as above:
+  Copyright (c) 2013-2022 Niels Lohmann
+  Copyright (c) 2009 Florian Loitsch
+  Copyright (c) 2008-2009 Bjoern Hoehrmann
+")
+
 # Compresses a file, always to the same bytes.
 function(qz_compress file)
   execute_process(COMMAND gzip -9nf "${file}" COMMAND_ERROR_IS_FATAL ANY)
@@ -14,6 +22,9 @@ endfunction()
 function(qz_add_documents root name)
   set(folder "${root}/usr/share/doc/${name}")
   configure_file("${source_dir}/LICENSE" "${folder}/copyright" COPYONLY)
+  if(name MATCHES "tools")
+    file(APPEND "${folder}/copyright" "${json_notice}")
+  endif()
   file(CHMOD "${folder}/copyright" PERMISSIONS ${document_mode})
   configure_file("${source_dir}/CHANGELOG.md" "${folder}/changelog" COPYONLY)
   qz_compress("${folder}/changelog")

@@ -68,6 +68,10 @@ for script in preinst postinst prerm postrm; do
     fi
 done
 
+dpkg-deb --fsys-tarfile "$(package_file $tools)" |
+    tar -xO ./usr/share/doc/$tools/copyright | grep "Niels Lohmann" >"$dir/log" ||
+    fail "$tools: the copyright does not name the authors of the JSON library"
+
 libdir=$(files $library | sed -n 's|^.* \(/usr/lib.*\)/libqzUtils\.so\.0 -> .*|\1|p')
 numbers=${version%-*}
 diff <(files $library) - <<END

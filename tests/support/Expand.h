@@ -1,5 +1,6 @@
 // What tests of expansion share: a file scope with the texts that are expanded in it, a check
-// that the pieces of an output cover it, and an import handler on files in memory.
+// that the pieces of an output cover it, cases for tables, and an import handler on files in
+// memory.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -147,6 +149,16 @@ inline std::string Expand(std::string_view text, vorn::ssize_t srcIndent = 0,
 }
 inline LexError ExpandError(std::string_view text) {
     return Session().ExpandError(text);
+}
+
+// A text and what it expands to, as the parameter of a test that is named for what it shows.
+struct Expansion {
+    std::string_view text;
+    std::string_view output;
+};
+
+inline void PrintTo(const Expansion& expansion, std::ostream* os) {
+    *os << testing::PrintToString(std::string(expansion.text));
 }
 
 // Imports files that lie in memory: they are expanded for their definitions.

@@ -13,15 +13,6 @@ namespace {
 using namespace vorn;
 using Texts = std::vector<std::string>;
 
-struct Expansion {
-    std::string_view text;
-    std::string_view output;
-};
-
-void PrintTo(const Expansion& expansion, std::ostream* os) {
-    *os << testing::PrintToString(std::string(expansion.text));
-}
-
 // ---- what comes next ---------------------------------------------------------------------------
 
 struct Ahead {

@@ -14,15 +14,6 @@ namespace {
 using namespace vorn;
 using Texts = std::vector<std::string>;
 
-struct Expansion {
-    std::string_view text;
-    std::string_view output;
-};
-
-void PrintTo(const Expansion& expansion, std::ostream* os) {
-    *os << testing::PrintToString(std::string(expansion.text));
-}
-
 class Let : public testing::TestWithParam<Expansion> {};
 
 TEST_P(Let, Expands) {

@@ -12,15 +12,6 @@ namespace {
 using namespace vorn;
 using Texts = std::vector<std::string>;
 
-struct Expansion {
-    std::string_view text;
-    std::string_view output;
-};
-
-void PrintTo(const Expansion& expansion, std::ostream* os) {
-    *os << testing::PrintToString(std::string(expansion.text));
-}
-
 // The texts run in a file scope with an int i of 0.
 class Counting : public Session {
 public:
