@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import socket
 import subprocess
 import tempfile
 import unittest
@@ -12,6 +13,11 @@ from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.wait import WebDriverWait
+
+# Selenium calls the driver at localhost, a name that a bare system without /etc/hosts does not know.
+find_addresses = socket.getaddrinfo
+socket.getaddrinfo = lambda host, *rest, **options: find_addresses(
+    "127.0.0.1" if host == "localhost" else host, *rest, **options)
 
 SECONDS = 60  # for what takes an instant on a machine that has nothing else to do
 

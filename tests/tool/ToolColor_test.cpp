@@ -106,7 +106,7 @@ TEST_F(ToolColor, IsLeftOutWhereTheUserOrTheTerminalDoesNotTakeIt) {
     EXPECT_EQ(OnTerminal({}, "", "xterm"), s_colored);
 }
 
-TEST_F(ToolColor, ObeysTheOptionBeforeAnythingElse) {
+TEST_F(ToolColor, ObeysTheOptionBeforeTheTerminal) {
     EXPECT_EQ(OnTerminal({"--color=never"}, {}, "xterm"), s_plain);
     EXPECT_EQ(OnTerminal({"--color=always"}, "1", "dumb"), s_colored);
     EXPECT_EQ(Run({"--color=always"}, s_text), (Result{1, "", s_colored}));
