@@ -15,6 +15,7 @@ from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.wait import WebDriverWait
 
 # Selenium calls the driver at localhost, a name that a bare system without /etc/hosts does not know.
+# For the same reason the driver talks to the browser through a pipe.
 find_addresses = socket.getaddrinfo
 socket.getaddrinfo = lambda host, *rest, **options: find_addresses(
     "127.0.0.1" if host == "localhost" else host, *rest, **options)
@@ -43,7 +44,7 @@ int three = @(1 + 2);
 def start_browser():
     options = webdriver.ChromeOptions()
     for argument in ["--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu",
-                     "--window-size=1200,700"]:
+                     "--window-size=1200,700", "--remote-debugging-pipe"]:
         options.add_argument(argument)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     return webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
