@@ -2,8 +2,9 @@
 
 #include "QzmapTest.h"
 
-#include <cstdio>
 #include <fstream>
+
+#include "tests/tool/Shell.h"
 
 namespace {
 
@@ -33,26 +34,17 @@ std::vector<Step> ReadSteps() {
     return steps;
 }
 
-std::string OutputOf(const std::string& commands) {
-    std::FILE* pipe = ::popen(("exec 2>&1\n" + commands).c_str(), "r");
-    std::string output;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-        output += static_cast<char>(c);
-    ::pclose(pipe);
-    return output;
-}
-
 class QzmapDocument : public qzmap_test::QzmapTest {};
 
 TEST_F(QzmapDocument, ShowsInItsExamplesWhatHappens) {
     const std::vector<Step> steps = ReadSteps();
     EXPECT_GE(steps.size(), 8u);
     for (const Step& step : steps)
-        EXPECT_EQ(OutputOf("cd '" + m_folder.string()
-                           + "'\nexport LC_ALL=C\n"
-                             "qzexpand() { '" QZEXPAND "' \"$@\"; }\n"
-                             "qzmap() { '" QZMAP "' \"$@\"; }\n"
-                           + step.commands),
+        EXPECT_EQ(tool_test::OutputOf("cd '" + m_folder.string()
+                                      + "'\nexport LC_ALL=C\n"
+                                        "qzexpand() { '" QZEXPAND "' \"$@\"; }\n"
+                                        "qzmap() { '" QZMAP "' \"$@\"; }\n"
+                                      + step.commands),
                   step.output)
             << step.commands;
 }

@@ -1,8 +1,8 @@
 // The documents of the tool: what their examples show is what happens.
 
+#include "Shell.h"
 #include "ToolRunner.h"
 
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -36,15 +36,6 @@ std::vector<Example> ReadExamples(const fs::path& path) {
     return examples;
 }
 
-std::string OutputOf(const std::string& commands) {
-    std::FILE* pipe = ::popen(("exec 2>&1\n" + commands).c_str(), "r");
-    std::string output;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-        output += static_cast<char>(c);
-    ::pclose(pipe);
-    return output;
-}
-
 class ToolDocument : public tool_test::ToolTest {
 protected:
     // Each example runs in a folder of its own.
@@ -54,9 +45,9 @@ protected:
         for (std::size_t i = 0; i < examples.size(); ++i) {
             const fs::path folder = PathOf(std::to_string(i));
             fs::create_directory(folder);
-            EXPECT_EQ(OutputOf("cd '" + folder.string()
-                               + "'\nqzexpand() { '" QZEXPAND "' \"$@\"; }\n"
-                               + examples[i].commands),
+            EXPECT_EQ(tool_test::OutputOf("cd '" + folder.string()
+                                          + "'\nqzexpand() { '" QZEXPAND "' \"$@\"; }\n"
+                                          + examples[i].commands),
                       examples[i].output)
                 << examples[i].commands;
         }
